@@ -1,0 +1,72 @@
+// Rectangles (origin and size) and areas (two corners, the second
+// exclusive), and colour premultiplication.
+#include <algorithm>
+#include <cstdio>
+
+#include "fbcompose/image.h"
+
+extern "C" {
+
+// Strict comparisons on purpose: rectangles that only touch count as
+// crossing, and so does an empty rectangle lying on another's edge.
+int xg_rect_is_cross(const xg_rect *a, const xg_rect *b) {
+    if (a->x + a->w < b->x || b->x + b->w < a->x) return 0;
+    if (a->y + a->h < b->y || b->y + b->h < a->y) return 0;
+    return 1;
+}
+
+// Returns out->h, which callers must not take as "non-empty": touching
+// rectangles give a zero width with a non-zero result.
+int xg_rect_intersect(xg_rect *out, const xg_rect *a, const xg_rect *b) {
+    if (!xg_rect_is_cross(a, b)) {
+        out->w = out->h = 0;
+        return 0;
+    }
+    out->x = std::max(a->x, b->x);
+    out->w = std::min(a->x + a->w, b->x + b->w) - out->x;
+    out->y = std::max(a->y, b->y);
+    out->h = std::min(a->y + a->h, b->y + b->h) - out->y;
+    return out->h;
+}
+
+void xg_area_cross(xg_area *a, const xg_area *b) {
+    a->x1 = std::max(a->x1, b->x1);
+    a->y1 = std::max(a->y1, b->y1);
+    a->x2 = std::min(a->x2, b->x2);
+    a->y2 = std::min(a->y2, b->y2);
+}
+
+void xg_area_intersect_area(xg_area *a, const xg_area *b) {
+    if (a->x1 < b->x2 && b->x1 < a->x2 && a->y1 < b->y2 && b->y1 < a->y2) {
+        xg_area_cross(a, b);
+    } else {
+        a->x2 = a->x1;
+        a->y2 = a->y1;
+    }
+}
+
+void xg_rect_from_area(xg_rect *rect, const xg_area *area) {
+    rect->x = area->x1;
+    rect->y = area->y1;
+    rect->w = area->x2 - area->x1;
+    rect->h = area->y2 - area->y1;
+}
+
+// c = c * a >> 8: the blend arithmetic divides by shifting too, so an
+// opaque 255 channel becomes 254 here by design.
+void xg_color_premultiply(uint32_t *color) {
+    const uint32_t a = *color >> 24;
+    uint32_t out = *color & 0xFF000000u;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t c = (*color >> shift) & 0xFFu;
+        out |= ((c * a) >> 8) << shift;
+    }
+    *color = out;
+}
+
+void xc_print_area(const xg_area *area, const char *name) {
+    std::printf("%s: x1 = %d y1 = %d x2 = %d y2 = %d\n", name, area->x1,
+                area->y1, area->x2, area->y2);
+}
+
+}  // extern "C"

@@ -1,0 +1,47 @@
+/* Shapes and the damage manager. */
+#ifndef FBCOMPOSE_DRAW_H
+#define FBCOMPOSE_DRAW_H
+
+#include <stdint.h>
+
+#include "export.h"
+#include "image.h"
+#include "list.h"
+
+FBC_BEGIN_DECLS
+
+/* One-pixel line, source-over. */
+FBC_API void xc_line_draw(xc_image *image, const xg_area *clip, int32_t x0,
+                          int32_t y0, int32_t x1, int32_t y1, uint32_t color);
+/* Even-odd fill of a list of xg_point. x_offset is in 14.18 fixed point
+ * (262144 is one pixel), y_offset in whole pixels. */
+FBC_API void xc_polygon_draw(xc_image *image, const xg_area *clip,
+                             int32_t x_offset, int32_t y_offset,
+                             xg_list *points, uint32_t color);
+/* Fills area, which is first clipped to clip in place. */
+FBC_API void xc_rectangle_draw(xc_image *image, const xg_area *clip,
+                               xg_area *area, uint32_t color);
+
+/* Damage manager: 16 x 16 tiles, merged into bands on request. */
+typedef struct {
+    int32_t tile_w;
+    int32_t tile_h;
+    int32_t cols;
+    int32_t rows;
+    int32_t width;
+    int32_t height;
+    int32_t *tiles;
+} xc_dm;
+
+FBC_API xc_dm *xc_dm_new(int32_t width, int32_t height);
+FBC_API void xc_dm_free(xc_dm *dm);
+FBC_API void xc_dm_reset(xc_dm *dm);
+/* Returns the number of tiles in the block marked. */
+FBC_API int32_t xc_dm_add_area(xc_dm *dm, const xg_rect *rect);
+/* A list of new xg_rect records owned by the caller (NULL when clean);
+ * leaves every tile clean. */
+FBC_API xg_list *xc_dm_get_rects(xc_dm *dm);
+
+FBC_END_DECLS
+
+#endif

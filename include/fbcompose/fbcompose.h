@@ -1,0 +1,14 @@
+/* fbcompose: screen composition for embedded Linux panels.
+ * The umbrella header; each subsystem header can also be included alone. */
+#ifndef FBCOMPOSE_FBCOMPOSE_H
+#define FBCOMPOSE_FBCOMPOSE_H
+
+#include "image.h"
+#include "list.h"
+#include "pixel.h"
+#include "loader.h"
+#include "transform.h"
+#include "draw.h"
+#include "text.h"
+
+#endif

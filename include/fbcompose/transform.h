@@ -1,0 +1,78 @@
+/* Blitting, scaling, fitting and colour transformation.
+ *
+ * Every scanline drawer has the xc_scale_func signature: it draws the rows
+ * and columns of `clip` (destination coordinates, already inside dst_area),
+ * reading the source through src_area, one span call per row. A colour of
+ * 0xFFFFFFFF means no modulation. */
+#ifndef FBCOMPOSE_TRANSFORM_H
+#define FBCOMPOSE_TRANSFORM_H
+
+#include <stdint.h>
+
+#include "export.h"
+#include "image.h"
+
+FBC_BEGIN_DECLS
+
+typedef void (*xc_scale_func)(const xc_image *src, xc_image *dst,
+                              const xg_area *clip, const xg_area *src_area,
+                              const xg_area *dst_area, uint32_t color);
+
+/* Draws source rectangle (sx, sy, sw, sh) into destination rectangle
+ * (dx, dy, dw, dh), limited to clip, optionally smoothed and modulated. */
+FBC_API void xc_image_blit(xc_image *src, xc_image *dst, const xg_area *clip,
+                           int32_t sx, int32_t sy, int32_t sw, int32_t sh,
+                           int32_t dx, int32_t dy, int32_t dw, int32_t dh,
+                           int smooth, uint32_t color);
+/* Clips the areas against the source and the clip against the destination
+ * area, in place; 1 when something remains to draw. */
+FBC_API int xc_scale_handle_clip(const xc_image *src, const xc_image *dst,
+                                 xg_area *clip, xg_area *src_area,
+                                 xg_area *dst_area);
+
+FBC_API void xc_scale_noscale(const xc_image *src, xc_image *dst,
+                              const xg_area *clip, const xg_area *src_area,
+                              const xg_area *dst_area, uint32_t color);
+FBC_API void xc_scale_sample(const xc_image *src, xc_image *dst,
+                             const xg_area *clip, const xg_area *src_area,
+                             const xg_area *dst_area, uint32_t color);
+FBC_API void xc_scale_sample_rgb16_to_rgb16(const xc_image *src, xc_image *dst,
+                                            const xg_area *clip,
+                                            const xg_area *src_area,
+                                            const xg_area *dst_area,
+                                            uint32_t color);
+FBC_API void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip,
+                        const xg_area *src_area, const xg_area *dst_area,
+                        uint32_t color);
+FBC_API void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip,
+                        const xg_area *src_area, const xg_area *dst_area,
+                        uint32_t color);
+FBC_API void xc_scale_smooth(const xc_image *src, xc_image *dst,
+                             const xg_area *clip, const xg_area *src_area,
+                             const xg_area *dst_area, uint32_t color);
+FBC_API void xc_scale_linear(const xc_image *src, xc_image *dst,
+                             const xg_area *clip, const xg_area *src_area,
+                             const xg_area *dst_area, uint32_t color);
+FBC_API void xc_image_scale_down_x(const xc_image *src, xc_image *dst,
+                                   const xg_area *clip, const xg_area *src_area,
+                                   const xg_area *dst_area, uint32_t color);
+FBC_API void xc_image_scale_down_y(const xc_image *src, xc_image *dst,
+                                   const xg_area *clip, const xg_area *src_area,
+                                   const xg_area *dst_area, uint32_t color);
+FBC_API void xc_image_scale_down_xy(const xc_image *src, xc_image *dst,
+                                    const xg_area *clip, const xg_area *src_area,
+                                    const xg_area *dst_area, uint32_t color);
+
+/* mode: "crop" (or NULL, or any unknown word), "matte", "matte-both",
+ * "distort". Returns a new opaque image of width x height. */
+FBC_API xc_image *xc_image_fit_size(xc_image *src, int32_t width,
+                                    int32_t height, const char *mode);
+/* matrix: 4 x 4 row-major; rows 0-2 weigh red, green, blue, row 3 holds the
+ * biases; columns 0-2 produce red, green, blue. NULL copies the image. */
+FBC_API xc_image *xc_image_new_from_color_transformed_image(
+    xc_image *image, const float matrix[16], const int32_t lower[3],
+    const int32_t upper[3]);
+
+FBC_END_DECLS
+
+#endif
