@@ -1,0 +1,170 @@
+// fbcompose for C++20: value and RAII types over the C interface.
+//
+// Header-only; everything forwards to the C functions of fbcompose.h, so a
+// C++ program links the same libfbcompose. Nothing here throws: failures
+// come back as empty handles (operator bool) or negative results, exactly as
+// from the C functions.
+#ifndef FBCOMPOSE_FBCOMPOSE_HPP
+#define FBCOMPOSE_FBCOMPOSE_HPP
+
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "fbcompose.h"
+
+namespace fbcompose {
+
+// A counted reference to an xc_image. Copies share the image (one more
+// reference each); destruction and reassignment release it.
+class image {
+public:
+    image() noexcept = default;
+
+    // Takes over a reference the caller owns (what every C constructor
+    // returns).
+    static image adopt(xc_image *raw) noexcept { return image(raw); }
+    // Adds a reference of its own to an image someone else owns.
+    static image share(xc_image *raw) noexcept { return image(xc_image_ref(raw)); }
+
+    // An opaque canvas; empty when the pixels could not be allocated.
+    static image create(int32_t width, int32_t height) noexcept {
+        image result = adopt(xc_image_create(width, height));
+        if (result && !result->data) result.reset();
+        return result;
+    }
+    // Size and flags only, through the image cache; pixels come with load().
+    static image from_file(std::string_view path) {
+        return adopt(xc_image_new_from_file(std::string(path).c_str()));
+    }
+
+    image(const image &other) noexcept : raw_(xc_image_ref(other.raw_)) {}
+    image(image &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
+    image &operator=(image other) noexcept {
+        std::swap(raw_, other.raw_);
+        return *this;
+    }
+    ~image() { reset(); }
+
+    void reset() noexcept { xc_image_unref(std::exchange(raw_, nullptr)); }
+    // Hands the reference back to C code that will unref it.
+    [[nodiscard]] xc_image *release() noexcept { return std::exchange(raw_, nullptr); }
+
+    explicit operator bool() const noexcept { return raw_ != nullptr; }
+    xc_image *get() const noexcept { return raw_; }
+    xc_image *operator->() const noexcept { return raw_; }
+
+    int32_t width() const noexcept { return raw_->width; }
+    int32_t height() const noexcept { return raw_->height; }
+    bool has_alpha() const noexcept { return raw_->has_alpha != 0; }
+
+    // Decodes the pixels of a file image; true when they are there.
+    bool load() const noexcept { return xc_image_load_data(raw_) >= 0 && raw_->data; }
+
+    // Row y of a 32-bit image as colour words.
+    std::span<uint32_t> row(int32_t y) const noexcept {
+        return {static_cast<uint32_t *>(xc_image_pointer(raw_, 0, y)),
+                static_cast<size_t>(raw_->width)};
+    }
+    // Row y of a 16-bit (RGB565) image.
+    std::span<uint16_t> row16(int32_t y) const noexcept {
+        return {static_cast<uint16_t *>(xc_image_pointer(raw_, 0, y)),
+                static_cast<size_t>(raw_->width)};
+    }
+
+    // The whole image as an area, for clips.
+    xg_area area() const noexcept { return {0, 0, raw_->width, raw_->height}; }
+
+private:
+    explicit image(xc_image *raw) noexcept : raw_(raw) {}
+    xc_image *raw_ = nullptr;
+};
+
+// A font handle. Move-only: each handle holds one reference, released on
+// destruction (the handle then stays in the font cache while its budget
+// allows).
+class font {
+public:
+    font() noexcept = default;
+    font(std::string_view path, int32_t size, int32_t bold_x = 0, int32_t bold_y = 0)
+        : raw_(xc_font_load(std::string(path).c_str(), size, bold_x, bold_y)) {}
+    font(font &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
+    font &operator=(font &&other) noexcept {
+        if (this != &other) {
+            xc_font_free(raw_);
+            raw_ = std::exchange(other.raw_, nullptr);
+        }
+        return *this;
+    }
+    font(const font &) = delete;
+    font &operator=(const font &) = delete;
+    ~font() { xc_font_free(raw_); }
+
+    explicit operator bool() const noexcept { return raw_ != nullptr; }
+    xc_font *get() const noexcept { return raw_; }
+
+    int32_t ascent() const noexcept { return xc_font_get_ascent(raw_); }
+    int32_t descent() const noexcept { return xc_font_get_descent(raw_); }
+
+private:
+    xc_font *raw_ = nullptr;
+};
+
+// A zero-terminated wide string as the text functions take it.
+inline std::u16string widen(std::string_view utf8) {
+    std::string copy(utf8);
+    uint16_t *wide = xg_unicode_new_from_utf8(copy.c_str());
+    std::u16string result;
+    for (const uint16_t *p = wide; p && *p; ++p) result.push_back(static_cast<char16_t>(*p));
+    std::free(wide);
+    return result;
+}
+
+inline const uint16_t *units(const std::u16string &text) noexcept {
+    return reinterpret_cast<const uint16_t *>(text.c_str());
+}
+
+// Damage manager for one screen.
+class damage {
+public:
+    damage(int32_t width, int32_t height) : raw_(xc_dm_new(width, height)) {}
+    damage(damage &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
+    damage &operator=(damage &&other) noexcept {
+        if (this != &other) {
+            if (raw_) xc_dm_free(raw_);
+            raw_ = std::exchange(other.raw_, nullptr);
+        }
+        return *this;
+    }
+    damage(const damage &) = delete;
+    damage &operator=(const damage &) = delete;
+    ~damage() {
+        if (raw_) xc_dm_free(raw_);
+    }
+
+    int32_t add(xg_rect rect) noexcept { return xc_dm_add_area(raw_, &rect); }
+    void reset() noexcept { xc_dm_reset(raw_); }
+
+    // The merged rectangles, leaving every tile clean.
+    std::vector<xg_rect> take_rects() {
+        std::vector<xg_rect> rects;
+        xg_list *list = xc_dm_get_rects(raw_);
+        for (xg_list_item *item = xg_list_first(list); item; item = item->next)
+            rects.push_back(*static_cast<xg_rect *>(item->data));
+        xg_list_free_with_data(list);
+        return rects;
+    }
+
+    xc_dm *get() const noexcept { return raw_; }
+
+private:
+    xc_dm *raw_;
+};
+
+}  // namespace fbcompose
+
+#endif
