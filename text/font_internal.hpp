@@ -29,7 +29,10 @@ void glyph_table_clear(GlyphTable &table);
 // Clears and destroys the font's table; glyphs is null afterwards.
 void glyph_table_destroy(xc_font *font);
 
-// Summed cost of the unreferenced handles, for tests and diagnostics.
+// For tests and diagnostics: the summed cost of the unreferenced handles,
+// and how many handles and faces are open.
 int64_t font_cache_usage();
+int32_t font_handle_count();
+int32_t font_source_count();
 
 }  // namespace fbc

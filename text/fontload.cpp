@@ -164,6 +164,8 @@ int64_t font_cache_cost(const xc_font *font) {
 }
 
 int64_t font_cache_usage() { return cache_usage; }
+int32_t font_handle_count() { return xg_list_count(fonts); }
+int32_t font_source_count() { return xg_list_count(sources); }
 
 }  // namespace fbc
 
