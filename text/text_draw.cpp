@@ -52,8 +52,8 @@ void expand_mono_row(const uint8_t *bits, int64_t from, int64_t count, uint8_t *
 void draw_row(const Painter &p, const uint8_t *cov, int64_t x, int64_t y, int32_t n) {
     void *dst = pixel_at(p.image, x, y);
     if (p.texture) {
-        const auto *tex = reinterpret_cast<const uint32_t *>(pixel_at(p.texture, x - p.tx, y - p.ty));
-        p.alpha_texture(cov, dst, n, tex);
+        const uint8_t *tex = pixel_at(p.texture, x - p.tx, y - p.ty);
+        p.alpha_texture(cov, dst, n, reinterpret_cast<const uint32_t *>(tex));
     } else {
         p.alpha(cov, dst, n, p.color);
     }
