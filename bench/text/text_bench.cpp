@@ -40,17 +40,18 @@ struct Line {
     xc_image *canvas = nullptr;
 };
 
-Line &line() {
+// The shared line, or null (the benchmark marked skipped) without its font.
+Line *line(benchmark::State &state) {
     static Line l;
-    return l;
+    if (l.font) return &l;
+    state.SkipWithError("font not found");
+    return nullptr;
 }
 
 void BM_FontDraw(benchmark::State &state) {
-    Line &l = line();
-    if (!l.font) {
-        state.SkipWithError("font not found");
-        return;
-    }
+    Line *lp = line(state);
+    if (!lp) return;
+    Line &l = *lp;
     const xg_area clip{0, 0, kWidth, kHeight};
     const int32_t glyphs = xg_unicode_len(l.text.get());
     // Fills the glyph cache, so the loop measures drawing only.
@@ -97,11 +98,9 @@ std::vector<Mask> masks_of_line(Line &l) {
 }
 
 void BM_PixmanGlyphMasks(benchmark::State &state) {
-    Line &l = line();
-    if (!l.font) {
-        state.SkipWithError("font not found");
-        return;
-    }
+    Line *lp = line(state);
+    if (!lp) return;
+    Line &l = *lp;
     std::vector<Mask> masks = masks_of_line(l);
     pixman_image_t *dst = pixman_image_create_bits(PIXMAN_x8r8g8b8, kWidth, kHeight,
                                                    reinterpret_cast<uint32_t *>(l.canvas->data),

@@ -142,18 +142,16 @@ TEST_F(Measure, HitTestOnCharacterBoundaries) {
 TEST_F(Measure, HitTestVerticalLimitsAndNullOutputs) {
     const Text text = terminated({'x'});
     const int32_t top = -ref.ascent(), bottom = ref.descent();
-    EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, top, nullptr, nullptr, nullptr,
-                                        nullptr),
-              0);
-    EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, bottom, nullptr, nullptr, nullptr,
-                                        nullptr),
-              0);
-    EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, top - 1, nullptr, nullptr, nullptr,
-                                        nullptr),
-              -1);
-    EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, bottom + 1, nullptr, nullptr,
-                                        nullptr, nullptr),
-              -1);
+    const struct {
+        int32_t py;
+        int32_t index;
+    } cases[] = {{top, 0}, {bottom, 0}, {top - 1, -1}, {bottom + 1, -1}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, c.py, nullptr, nullptr, nullptr,
+                                            nullptr),
+                  c.index)
+            << c.py;
+    }
     EXPECT_EQ(xc_font_query_text_at_pos(font, terminated({}).data(), 0, 0, nullptr, nullptr,
                                         nullptr, nullptr),
               -1);
