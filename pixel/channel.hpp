@@ -48,11 +48,19 @@ namespace fbc::px {
 
 // Every product is divided by a shift of 8, never by 255: one cycle on the
 // device, and the slight darkening it brings is the library's known output.
-// Blue, green, red: ((d.c x inv) >> 8) + s.c, truncated, over `alpha_bits`.
-inline uint32_t add_faded(uint32_t s, uint32_t d, uint32_t inv, uint32_t alpha_bits) {
-    return map_rgb(alpha_bits, [&](unsigned shift) {
-        return ((channel(d, shift) * inv) >> 8) + channel(s, shift);
-    });
+// All four bytes: ((d x inv) >> 8) + s, truncated. Two channels share a
+// multiply: each product is below 2^16 and each sum below 2^9, so no lane
+// spills into the next and the masks truncate exactly as per byte.
+inline uint32_t add_faded(uint32_t s, uint32_t d, uint32_t inv) {
+    constexpr uint32_t kLanes = 0x00FF00FFu;
+    const uint32_t br = ((((d & kLanes) * inv) >> 8) & kLanes) + (s & kLanes);
+    const uint32_t ga = (((((d >> 8) & kLanes) * inv) >> 8) & kLanes) + ((s >> 8) & kLanes);
+    return (br & kLanes) | (ga & kLanes) << 8;
+}
+
+// As add_faded for blue, green and red; the destination's alpha byte stays.
+inline uint32_t add_faded_rgb(uint32_t s, uint32_t d, uint32_t inv) {
+    return (add_faded(s, d, inv) & kColourMask) | (d & kAlphaMask);
 }
 
 // The destination's alpha byte in place: untouched in rgb runs, blended in rgba runs.

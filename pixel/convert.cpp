@@ -1,5 +1,6 @@
 // Display conversion: a rectangle of 32-bit colour words into the panel's
 // RGB565, RGB666 or 32-bit pixels, ordered-dithered and optionally rotated.
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -16,14 +17,14 @@ constexpr uint8_t kBayer[4][4] = {
 
 // Rounds up whenever the dropped bits reach the threshold, threshold 0
 // included: the upward bias is the panel's tuned look; a full field stays full.
+// Adding 8 - (t >> 1) before the shift carries exactly when c & 7 >= t >> 1.
 constexpr uint32_t dither_5(uint32_t c, uint32_t t) {
-    const uint32_t v = c >> 3;
-    return v + ((c & 7) >= (t >> 1) && v != 31);
+    return std::min((c + 8 - (t >> 1)) >> 3, 31u);
 }
 
+// The same for a 6-bit field: carries exactly when c & 3 >= t >> 2.
 constexpr uint32_t dither_6(uint32_t c, uint32_t t) {
-    const uint32_t v = c >> 2;
-    return v + ((c & 3) >= (t >> 2) && v < 63);
+    return std::min((c + 4 - (t >> 2)) >> 2, 63u);
 }
 
 struct To565 {
