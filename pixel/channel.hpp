@@ -26,6 +26,9 @@ inline uint32_t map_rgb(uint32_t rest, F f) {
     return out;
 }
 
+// Every product is divided by a shift of 8, never by 255: one cycle on the
+// device, and the slight darkening it brings is the library's known output.
+
 // The alpha byte of a blend, truncated and in place: ((da x inv) >> 8) + a.
 inline constexpr uint32_t blend_alpha(uint32_t dst, uint32_t inv, uint32_t a) {
     return ((((alpha_of(dst) * inv) >> 8) + a) & 0xFFu) << 24;
@@ -42,12 +45,6 @@ inline constexpr uint32_t unpack_565(uint16_t v) {
     return ((v & 0xF800u) << 8) | ((v & 0x07E0u) << 5) | ((v & 0x001Fu) << 3);
 }
 
-}  // namespace fbc::px
-
-namespace fbc::px {
-
-// Every product is divided by a shift of 8, never by 255: one cycle on the
-// device, and the slight darkening it brings is the library's known output.
 // All four bytes: ((d x inv) >> 8) + s, truncated. Two channels share a
 // multiply: each product is below 2^16 and each sum below 2^9, so no lane
 // spills into the next and the masks truncate exactly as per byte.
