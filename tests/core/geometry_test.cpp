@@ -4,112 +4,78 @@
 
 namespace {
 
-TEST(RectIsCross, TouchingRectanglesCrossButSeparatedOnesDoNot) {
+bool same(const xg_rect &a, const xg_rect &b) {
+    return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
+}
+bool same(const xg_area &a, const xg_area &b) {
+    return a.x1 == b.x1 && a.y1 == b.y1 && a.x2 == b.x2 && a.y2 == b.y2;
+}
+
+TEST(Rect, CrossingIsStrictSoTouchingCountsAndIntersectReportsHeight) {
+    struct Case {
+        xg_rect b;
+        int cross;
+        xg_rect out;  // starting from {7, 8, 9, 9}
+        int result;
+    };
     const xg_rect a{0, 0, 10, 10};
-    const xg_rect touching{10, 0, 5, 5};
-    const xg_rect apart{11, 0, 5, 5};
-    const xg_rect below{0, 11, 5, 5};
-    EXPECT_EQ(xg_rect_is_cross(&a, &touching), 1);
-    EXPECT_EQ(xg_rect_is_cross(&touching, &a), 1);
-    EXPECT_EQ(xg_rect_is_cross(&a, &apart), 0);
-    EXPECT_EQ(xg_rect_is_cross(&apart, &a), 0);
-    EXPECT_EQ(xg_rect_is_cross(&a, &below), 0);
-    const xg_rect empty_on_edge{10, 10, 0, 0};
-    EXPECT_EQ(xg_rect_is_cross(&a, &empty_on_edge), 1);
+    const Case cases[] = {
+        {{10, 0, 5, 5}, 1, {10, 0, 0, 5}, 5},   // touching: zero width, height returned
+        {{11, 0, 5, 5}, 0, {7, 8, 0, 0}, 0},    // apart: origin kept
+        {{0, 11, 5, 5}, 0, {7, 8, 0, 0}, 0},
+        {{4, 6, 10, 10}, 1, {4, 6, 6, 4}, 4},
+        {{10, 10, 0, 0}, 1, {10, 10, 0, 0}, 0},  // empty on the corner
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.b.x << "," << c.b.y);
+        EXPECT_EQ(xg_rect_is_cross(&a, &c.b), c.cross);
+        EXPECT_EQ(xg_rect_is_cross(&c.b, &a), c.cross);
+        xg_rect out{7, 8, 9, 9};
+        EXPECT_EQ(xg_rect_intersect(&out, &a, &c.b), c.result);
+        EXPECT_TRUE(same(out, c.out));
+    }
 }
 
-TEST(RectIntersect, TouchingGivesZeroWidthAndReturnsHeight) {
-    const xg_rect a{0, 0, 10, 10};
-    const xg_rect b{10, 0, 5, 5};
-    xg_rect out{-1, -1, -1, -1};
-    EXPECT_EQ(xg_rect_intersect(&out, &a, &b), 5);
-    EXPECT_EQ(out.x, 10);
-    EXPECT_EQ(out.w, 0);
-    EXPECT_EQ(out.y, 0);
-    EXPECT_EQ(out.h, 5);
-}
-
-TEST(RectIntersect, OverlapAndMissKeepsOrigin) {
-    const xg_rect a{0, 0, 10, 10};
-    const xg_rect b{4, 6, 10, 10};
-    xg_rect out{};
-    EXPECT_EQ(xg_rect_intersect(&out, &a, &b), 4);
-    EXPECT_EQ(out.x, 4);
-    EXPECT_EQ(out.y, 6);
-    EXPECT_EQ(out.w, 6);
-    EXPECT_EQ(out.h, 4);
-
-    const xg_rect far{50, 50, 1, 1};
-    out = {7, 8, 9, 9};
-    EXPECT_EQ(xg_rect_intersect(&out, &a, &far), 0);
-    EXPECT_EQ(out.x, 7);
-    EXPECT_EQ(out.y, 8);
-    EXPECT_EQ(out.w, 0);
-    EXPECT_EQ(out.h, 0);
-}
-
-TEST(AreaIntersect, DisjointAreasCollapseOntoTheTopLeftCorner) {
-    xg_area a{0, 0, 10, 10};
-    const xg_area touching{10, 0, 20, 10};
-    xg_area_intersect_area(&a, &touching);
-    EXPECT_EQ(a.x1, 0);
-    EXPECT_EQ(a.y1, 0);
-    EXPECT_EQ(a.x2, 0);
-    EXPECT_EQ(a.y2, 0);
-
-    xg_area b{0, 0, 10, 10};
-    const xg_area overlap{5, 5, 20, 20};
-    xg_area_intersect_area(&b, &overlap);
-    EXPECT_EQ(b.x1, 5);
-    EXPECT_EQ(b.y1, 5);
-    EXPECT_EQ(b.x2, 10);
-    EXPECT_EQ(b.y2, 10);
-}
-
-TEST(AreaCross, ClampsWithoutNormalising) {
-    xg_area a{0, 0, 10, 10};
-    const xg_area b{20, 20, 30, 30};
-    xg_area_cross(&a, &b);
-    EXPECT_EQ(a.x1, 20);
-    EXPECT_EQ(a.y1, 20);
-    EXPECT_EQ(a.x2, 10);
-    EXPECT_EQ(a.y2, 10);
-}
-
-TEST(RectFromArea, TakesSizeFromTheCorners) {
-    const xg_area area{3, 4, 10, 6};
+TEST(Area, IntersectCollapsesDisjointAreasAndCrossClampsWithoutNormalising) {
+    const xg_area a{0, 0, 10, 10};
+    struct Case {
+        xg_area b, intersected, crossed;
+    };
+    const Case cases[] = {
+        {{10, 0, 20, 10}, {0, 0, 0, 0}, {10, 0, 10, 10}},
+        {{5, 5, 20, 20}, {5, 5, 10, 10}, {5, 5, 10, 10}},
+        {{20, 20, 30, 30}, {0, 0, 0, 0}, {20, 20, 10, 10}},
+    };
+    for (const Case &c : cases) {
+        xg_area i = a, x = a;
+        xg_area_intersect_area(&i, &c.b);
+        xg_area_cross(&x, &c.b);
+        EXPECT_TRUE(same(i, c.intersected)) << c.b.x1;
+        EXPECT_TRUE(same(x, c.crossed)) << c.b.x1;
+    }
     xg_rect rect{};
+    const xg_area area{3, 4, 10, 6};
     xg_rect_from_area(&rect, &area);
-    EXPECT_EQ(rect.x, 3);
-    EXPECT_EQ(rect.y, 4);
-    EXPECT_EQ(rect.w, 7);
-    EXPECT_EQ(rect.h, 2);
+    EXPECT_TRUE(same(rect, {3, 4, 7, 2}));
 }
 
 TEST(ColorPremultiply, ShiftsByEightNotDivideBy255) {
-    uint32_t opaque = 0xFFFF0000u;
-    xg_color_premultiply(&opaque);
-    EXPECT_EQ(opaque, 0xFFFE0000u);
-
-    uint32_t clear = 0x00FFFFFFu;
-    xg_color_premultiply(&clear);
-    EXPECT_EQ(clear, 0u);
-
-    uint32_t half = 0x800000C8u;  // alpha 128, blue 200
-    xg_color_premultiply(&half);
-    EXPECT_EQ(half, 0x80000064u);
-
-    uint32_t mixed = 0x40102030u;  // every channel scaled by 64/256
-    xg_color_premultiply(&mixed);
-    EXPECT_EQ(mixed, 0x4004080Cu);
+    const uint32_t cases[][2] = {
+        {0xFFFF0000u, 0xFFFE0000u}, {0x00FFFFFFu, 0x00000000u},
+        {0x800000C8u, 0x80000064u}, {0x40102030u, 0x4004080Cu},
+    };
+    for (const auto &c : cases) {
+        uint32_t color = c[0];
+        xg_color_premultiply(&color);
+        EXPECT_EQ(color, c[1]) << std::hex << c[0];
+    }
 }
 
 TEST(PrintArea, WritesTheFourCorners) {
     const xg_area area{1, -2, 30, 40};
     testing::internal::CaptureStdout();
     xc_print_area(&area, "clip");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "clip: x1 = 1 y1 = -2 x2 = 30 y2 = 40\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "clip: x1 = 1 y1 = -2 x2 = 30 y2 = 40\n");
 }
 
 }  // namespace
