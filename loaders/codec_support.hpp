@@ -18,9 +18,10 @@ namespace fbc {
 bool image_size_fits(const char *codec, const char *filename, int64_t width,
                      int64_t height);
 
-// The whole file, or nothing (errno tells why) when it cannot be opened or
-// read or is larger than the device can address.
-std::optional<std::vector<uint8_t>> read_whole_file(const char *filename);
+// The whole file (or its first `limit` bytes), or nothing (errno tells why)
+// when it cannot be opened or read or is larger than the device can address.
+std::optional<std::vector<uint8_t>> read_whole_file(const char *filename,
+                                                    size_t limit = SIZE_MAX);
 
 // A straight colour word made premultiplied: below full alpha each colour
 // byte becomes c x a >> 8; opaque words stay as they are.

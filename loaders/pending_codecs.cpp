@@ -6,15 +6,12 @@ namespace {
 
 int refuse(xc_image *, const char *) { return -1; }
 
-const char *const kBmp[] = {"bmp", nullptr};
 const char *const kGif[] = {"gif", nullptr};
 
 }  // namespace
 }  // namespace fbc
 
 extern "C" {
-xc_image_loader bmp_loader = {fbc::kBmp, "bmp", fbc::refuse, fbc::refuse, nullptr,
-                              nullptr, nullptr, nullptr, nullptr};
 xc_image_loader gif_loader = {fbc::kGif, "gif", fbc::refuse, fbc::refuse, nullptr,
                               nullptr, nullptr, nullptr, nullptr};
 }
