@@ -21,8 +21,6 @@ protected:
 
 TEST_P(CorpusFile, LoadsAsTheManifestSays) {
     const CorpusRow &row = GetParam();
-    if (row.format == "gif")
-        GTEST_SKIP() << "codec not landed yet";
     const std::string file = fbc_test::corpus_path(row.path);
     testing::internal::CaptureStdout();
     xc_image *image = xc_image_new_from_file(file.c_str());
