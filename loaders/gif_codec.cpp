@@ -66,6 +66,7 @@ int read_bytes(GifFileType *gif, GifByteType *out, int length) {
     auto *player = static_cast<GifPlayer *>(gif->UserData);
     const size_t left = player->bytes.size() - player->read_at;
     const size_t n = length < 0 ? 0 : static_cast<size_t>(length) < left ? static_cast<size_t>(length) : left;
+    if (n == 0) return 0;
     std::memcpy(out, player->bytes.data() + player->read_at, n);
     player->read_at += n;
     return static_cast<int>(n);

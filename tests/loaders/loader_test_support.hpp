@@ -32,7 +32,7 @@ protected:
         FILE *out = std::fopen(file.c_str(), "wb");
         EXPECT_NE(out, nullptr);
         if (out) {
-            std::fwrite(bytes.data(), 1, bytes.size(), out);
+            if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), out);
             std::fclose(out);
         }
         return file;
