@@ -34,6 +34,16 @@ inline uint32_t premultiply_below_opaque(uint32_t word) {
     return a << 24 | r << 16 | g << 8 | b;
 }
 
+// Colour words as R, G, B bytes for the savers: alpha is dropped and
+// premultiplied colour is written as it is.
+inline void pack_rgb_row(const uint32_t *src, uint8_t *dst, int32_t width) {
+    for (int32_t x = 0; x < width; ++x) {
+        dst[3 * x] = static_cast<uint8_t>(src[x] >> 16);
+        dst[3 * x + 1] = static_cast<uint8_t>(src[x] >> 8);
+        dst[3 * x + 2] = static_cast<uint8_t>(src[x]);
+    }
+}
+
 // Whether a rectangle of an image may be saved: it lies inside the image and
 // the image holds 32-bit rows (savers address rows as width x 4 bytes).
 bool save_area_is_valid(const xc_image *image, const xg_area &area);

@@ -240,14 +240,8 @@ int encode_jpeg(JpegEncoder *e, const xc_image *image, const xg_area &area, FILE
     while (e->cinfo.next_scanline < height) {
         JDIMENSION rows = height - e->cinfo.next_scanline;
         if (rows > kMaxBatchRows) rows = kMaxBatchRows;
-        for (JDIMENSION i = 0; i < rows; ++i, src += image->width) {
-            JSAMPLE *dst = batch[i];
-            for (JDIMENSION x = 0; x < width; ++x) {
-                dst[3 * x] = static_cast<JSAMPLE>(src[x] >> 16);
-                dst[3 * x + 1] = static_cast<JSAMPLE>(src[x] >> 8);
-                dst[3 * x + 2] = static_cast<JSAMPLE>(src[x]);
-            }
-        }
+        for (JDIMENSION i = 0; i < rows; ++i, src += image->width)
+            pack_rgb_row(src, batch[i], static_cast<int32_t>(width));
         jpeg_write_scanlines(&e->cinfo, batch, rows);
     }
     jpeg_finish_compress(&e->cinfo);

@@ -146,16 +146,6 @@ struct PngWriteSession {
     png_bytep row = nullptr;
 };
 
-// Colour words become R, G, B bytes; alpha is dropped and premultiplied
-// colour is written as it is.
-void pack_rgb_row(const uint32_t *src, png_bytep dst, int32_t width) {
-    for (int32_t x = 0; x < width; ++x) {
-        dst[3 * x] = static_cast<png_byte>(src[x] >> 16);
-        dst[3 * x + 1] = static_cast<png_byte>(src[x] >> 8);
-        dst[3 * x + 2] = static_cast<png_byte>(src[x]);
-    }
-}
-
 int write_png(const xc_image *image, const xg_area &area, PngWriteSession *s) {
     if (setjmp(png_jmpbuf(s->png))) return -1;
     const auto width = static_cast<png_uint_32>(area.x2 - area.x1);
