@@ -93,17 +93,6 @@ TEST_F(FileFrontEnd, SecondRequestReturnsTheCachedRecordWithoutLoading) {
     xc_image_unref(first);
 }
 
-TEST_F(FileFrontEnd, ReleasedImageIsDecodedAgainWithoutCacheBudget) {
-    const std::string name = wbmp("again.wbmp");
-    xc_image *first = xc_image_new_from_file(name.c_str());
-    ASSERT_NE(first, nullptr);
-    xc_image_unref(first);  // limit 0: destroyed
-    std::filesystem::remove(name);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(xc_image_new_from_file(name.c_str()), nullptr);
-    testing::internal::GetCapturedStdout();
-}
-
 TEST_F(FileFrontEnd, LoadDataLeavesImagesWithPixelsOrWithoutLoaderAlone) {
     xc_image *canvas = xc_image_create(2, 2);
     uint8_t *pixels = canvas->data;

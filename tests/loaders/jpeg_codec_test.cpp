@@ -128,30 +128,4 @@ TEST_F(JpegCodec, MissingFileFailsBothStages) {
     xc_image_unref(image);
 }
 
-TEST_F(JpegCodec, GreyFileDecodesToOpaqueGreyWords) {
-    const std::string file = fbc_test::corpus_file("jpeg/wuffs/peacock.grayscale.jpeg");
-    xc_image *image = xc_image_new();
-    ASSERT_EQ(jpeg_loader.load_info(image, file.c_str()), 1);
-    ASSERT_EQ(jpeg_loader.load_data(image, file.c_str()), 1);
-    EXPECT_EQ(image->format, 1u);
-    EXPECT_EQ(image->has_alpha, 0u);
-    const uint32_t p = fbc_test::pixel(image, 50, 40);
-    EXPECT_EQ(p >> 24, 0xFFu);
-    EXPECT_EQ(p & 0xFF, (p >> 8) & 0xFF);
-    EXPECT_EQ(p & 0xFF, (p >> 16) & 0xFF);
-    xc_image_unref(image);
-}
-
-TEST_F(JpegCodec, FourComponentFileIsPremultipliedByItsFourthComponent) {
-    const std::string file = fbc_test::corpus_file("jpeg/generated/peacock-cmyk-kramp.jpg");
-    xc_image *image = xc_image_new();
-    ASSERT_EQ(jpeg_loader.load_info(image, file.c_str()), 1);
-    ASSERT_EQ(jpeg_loader.load_data(image, file.c_str()), 1);
-    EXPECT_EQ(image->format, 0u);
-    EXPECT_EQ(image->has_alpha, 1u);
-    // The fourth component ramps from 0 at the left: premultiplied to black.
-    EXPECT_EQ(fbc_test::pixel(image, 0, 0) & 0x00FFFFFFu, 0u);
-    xc_image_unref(image);
-}
-
 }  // namespace

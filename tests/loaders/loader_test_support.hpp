@@ -41,10 +41,6 @@ protected:
     std::filesystem::path dir_;
 };
 
-inline std::string corpus_file(const std::string &relative) {
-    return std::string(FBC_CORPUS_DIR) + "/" + relative;
-}
-
 inline uint32_t pixel(const xc_image *image, int32_t x, int32_t y) {
     return reinterpret_cast<const uint32_t *>(image->data + static_cast<size_t>(y) * image->rowstride)[x];
 }
