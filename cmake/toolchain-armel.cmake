@@ -30,6 +30,13 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# Debian keeps architecture-specific headers (libjpeg's jconfig.h) in a
+# multiarch folder that the cross compiler does not search by itself.
+foreach(lang C CXX)
+  set(CMAKE_${lang}_STANDARD_INCLUDE_DIRECTORIES
+      ${FBC_SYSROOT}/usr/include/${CMAKE_LIBRARY_ARCHITECTURE})
+endforeach()
+
 # The libraries' own dependencies (brotli, bz2, ...) are found at link time
 # through rpath-link, and at run time through the emulator's library path.
 foreach(dir ${FBC_SYSROOT_LIBS})
