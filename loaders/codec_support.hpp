@@ -1,0 +1,45 @@
+// Helpers shared by the codecs: the size refusal that precedes every pixel
+// allocation, whole-file reading for the decoders we write ourselves, and
+// the premultiplication rule of decoded images with alpha.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <vector>
+
+#include "fbcompose/image.h"
+
+namespace fbc {
+
+// True when a width x height image of 32-bit pixels can be allocated on the
+// device; otherwise prints "<codec>: file(<name>) has unusable size WxH" on
+// standard error. Zero sizes pass: each codec decides what they mean.
+bool image_size_fits(const char *codec, const char *filename, int64_t width,
+                     int64_t height);
+
+// The whole file, or nothing (errno tells why) when it cannot be opened or
+// read or is larger than the device can address.
+std::optional<std::vector<uint8_t>> read_whole_file(const char *filename);
+
+// A straight colour word made premultiplied: below full alpha each colour
+// byte becomes c x a >> 8; opaque words stay as they are.
+inline uint32_t premultiply_below_opaque(uint32_t word) {
+    const uint32_t a = word >> 24;
+    if (a == 255) return word;
+    const uint32_t r = ((word >> 16) & 0xFFu) * a >> 8;
+    const uint32_t g = ((word >> 8) & 0xFFu) * a >> 8;
+    const uint32_t b = (word & 0xFFu) * a >> 8;
+    return a << 24 | r << 16 | g << 8 | b;
+}
+
+// Whether a rectangle of an image may be saved: it lies inside the image and
+// the image holds 32-bit rows (savers address rows as width x 4 bytes).
+bool save_area_is_valid(const xc_image *image, const xg_area &area);
+
+// The area a saver writes: the caller's or the whole image.
+inline xg_area save_area_of(const xc_image *image, const xg_area *area) {
+    return area ? *area : xg_area{0, 0, image->width, image->height};
+}
+
+}  // namespace fbc
