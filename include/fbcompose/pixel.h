@@ -6,7 +6,9 @@
  * colour bytes without weighting them by its own alpha, and every product is
  * divided by a shift of 8. "rgba" runs carry alpha, "rgb" runs ignore it,
  * "16" runs are RGB565. Drawing code never names a primitive: it asks a
- * getter once per operation and calls the result once per row. */
+ * getter once per operation and calls the result once per row.
+ * 32-bit runs must be 4-byte aligned and 16-bit runs 2-byte aligned (the
+ * device has no unaligned word access); coverage runs may start anywhere. */
 #ifndef FBCOMPOSE_PIXEL_H
 #define FBCOMPOSE_PIXEL_H
 
