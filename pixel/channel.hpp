@@ -26,6 +26,9 @@ inline uint32_t map_rgb(uint32_t rest, F f) {
     return out;
 }
 
+// Every product is divided by a shift of 8, never by 255: one cycle on the
+// device, and the slight darkening it brings is the library's known output.
+
 // The alpha byte of a blend, truncated and in place: ((da x inv) >> 8) + a.
 inline constexpr uint32_t blend_alpha(uint32_t dst, uint32_t inv, uint32_t a) {
     return ((((alpha_of(dst) * inv) >> 8) + a) & 0xFFu) << 24;
@@ -42,17 +45,19 @@ inline constexpr uint32_t unpack_565(uint16_t v) {
     return ((v & 0xF800u) << 8) | ((v & 0x07E0u) << 5) | ((v & 0x001Fu) << 3);
 }
 
-}  // namespace fbc::px
+// All four bytes: ((d x inv) >> 8) + s, truncated. Two channels share a
+// multiply: each product is below 2^16 and each sum below 2^9, so no lane
+// spills into the next and the masks truncate exactly as per byte.
+inline uint32_t add_faded(uint32_t s, uint32_t d, uint32_t inv) {
+    constexpr uint32_t kLanes = 0x00FF00FFu;
+    const uint32_t br = ((((d & kLanes) * inv) >> 8) & kLanes) + (s & kLanes);
+    const uint32_t ga = (((((d >> 8) & kLanes) * inv) >> 8) & kLanes) + ((s >> 8) & kLanes);
+    return (br & kLanes) | (ga & kLanes) << 8;
+}
 
-namespace fbc::px {
-
-// Every product is divided by a shift of 8, never by 255: one cycle on the
-// device, and the slight darkening it brings is the library's known output.
-// Blue, green, red: ((d.c x inv) >> 8) + s.c, truncated, over `alpha_bits`.
-inline uint32_t add_faded(uint32_t s, uint32_t d, uint32_t inv, uint32_t alpha_bits) {
-    return map_rgb(alpha_bits, [&](unsigned shift) {
-        return ((channel(d, shift) * inv) >> 8) + channel(s, shift);
-    });
+// As add_faded for blue, green and red; the destination's alpha byte stays.
+inline uint32_t add_faded_rgb(uint32_t s, uint32_t d, uint32_t inv) {
+    return (add_faded(s, d, inv) & kColourMask) | (d & kAlphaMask);
 }
 
 // The destination's alpha byte in place: untouched in rgb runs, blended in rgba runs.

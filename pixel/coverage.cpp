@@ -13,32 +13,28 @@ constexpr uint32_t coverage_scale(uint32_t color) {
 
 // The colour's channels already carry its alpha, so they are weighted by
 // coverage alone; the destination by inv, which comes from coverage x alpha.
+// a = 0 and a = 255 are selects, not jumps: glyph edges mix them pixel by pixel.
 template <bool KeepAlpha>
-inline void cover(uint32_t &dst, uint32_t cov, uint32_t scale, uint32_t color) {
+inline uint32_t cover(uint32_t d, uint32_t cov, uint32_t scale, uint32_t color) {
     const uint32_t a = (cov * scale) >> 8;
-    if (a == 0) return;
-    if (a == 255) {
-        dst = color;
-        return;
-    }
     const uint32_t inv = 255 - a;
-    const uint32_t d = dst;
-    dst = map_rgb(alpha_bits<KeepAlpha>(d, inv, a), [&](unsigned shift) {
+    const uint32_t mixed = map_rgb(alpha_bits<KeepAlpha>(d, inv, a), [&](unsigned shift) {
         return (channel(color, shift) * cov + channel(d, shift) * inv) >> 8;
     });
+    return a == 0 ? d : a == 255 ? color : mixed;
 }
 
 template <bool KeepAlpha>
 void cover_color(const uint8_t *cov, uint32_t *dst, int32_t count, uint32_t color) {
     const uint32_t scale = coverage_scale(color);
     if (scale == 0) return;
-    for (int32_t i = 0; i < count; ++i) cover<KeepAlpha>(dst[i], cov[i], scale, color);
+    for (int32_t i = 0; i < count; ++i) dst[i] = cover<KeepAlpha>(dst[i], cov[i], scale, color);
 }
 
 template <bool KeepAlpha>
 void cover_texture(const uint8_t *cov, uint32_t *dst, int32_t count, const uint32_t *tex) {
     for (int32_t i = 0; i < count; ++i)
-        cover<KeepAlpha>(dst[i], cov[i], coverage_scale(tex[i]), tex[i]);
+        dst[i] = cover<KeepAlpha>(dst[i], cov[i], coverage_scale(tex[i]), tex[i]);
 }
 
 }  // namespace

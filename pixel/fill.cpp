@@ -10,10 +10,9 @@ namespace {
 // No a = 0 or a = 255 shortcut: with a = 255, inv is 0 and the colour lands as it is.
 template <bool KeepAlpha>
 void blend_color(uint32_t color, uint32_t *dst, int32_t count) {
-    const uint32_t a = alpha_of(color);
-    const uint32_t inv = 255 - a;
+    const uint32_t inv = 255 - alpha_of(color);
     for (int32_t i = 0; i < count; ++i)
-        dst[i] = add_faded(color, dst[i], inv, alpha_bits<KeepAlpha>(dst[i], inv, a));
+        dst[i] = KeepAlpha ? add_faded_rgb(color, dst[i], inv) : add_faded(color, dst[i], inv);
 }
 
 void store_color(uint32_t color, uint32_t *dst, int32_t count) {
