@@ -8,13 +8,12 @@
 #include <pixman.h>
 
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "fbcompose/transform.h"
+#include "report.hpp"
 
 namespace {
 
@@ -93,37 +92,6 @@ void theirs(benchmark::State &state, const Case &c) {
     xc_image_unref(src_image);
 }
 
-// Keeps each run's rate, megapixels per second, by benchmark name.
-class Collect : public benchmark::BenchmarkReporter {
-public:
-    bool ReportContext(const Context &) override { return true; }
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const auto &run : runs) {
-            if (run.error_occurred) continue;
-            rates[run.benchmark_name()] = run.counters.at("items_per_second").value / 1e6;
-        }
-        std::fputc('.', stderr);
-    }
-    std::map<std::string, double> rates;
-};
-
-std::string cell(const std::map<std::string, double> &rates, const std::string &name) {
-    auto it = rates.find(name);
-    if (it == rates.end()) return "-";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f", it->second);
-    return text;
-}
-
-std::string ratio(const std::map<std::string, double> &rates, const std::string &a,
-                  const std::string &b) {
-    auto x = rates.find(a), y = rates.find(b);
-    if (x == rates.end() || y == rates.end() || y->second == 0) return "-";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f", x->second / y->second);
-    return text;
-}
-
 const char *filter_name(pixman_filter_t f) {
     return f == PIXMAN_FILTER_NEAREST ? "SRC, nearest" : "SRC, bilinear";
 }
@@ -136,29 +104,22 @@ void print_table(const std::map<std::string, double> &rates) {
                                  std::to_string(kW) + "x" + std::to_string(kH);
         const std::string a = std::string("ours/") + c.name, b = std::string("pixman/") + c.name;
         std::printf("| blit %s | %s | %s | %s | %s | %s |\n", c.name, size.c_str(),
-                    cell(rates, a).c_str(), filter_name(c.filter), cell(rates, b).c_str(),
-                    ratio(rates, a, b).c_str());
+                    bench::cell(rates, a).c_str(), filter_name(c.filter), bench::cell(rates, b).c_str(),
+                    bench::ratio(rates, a, b).c_str());
     }
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-    // A short default keeps one full run under a minute; pass the flag to override.
-    std::vector<char *> args(argv, argv + argc);
-    std::string min_time = "--benchmark_min_time=0.1";
-    bool has_min_time = false;
-    for (char *a : args) has_min_time |= std::strncmp(a, "--benchmark_min_time", 20) == 0;
-    if (!has_min_time) args.insert(args.begin() + 1, min_time.data());
-    int count = int(args.size());
-    benchmark::Initialize(&count, args.data());
+    bench::initialize(argc, argv);
     for (const Case &c : kCases) {
         benchmark::RegisterBenchmark((std::string("ours/") + c.name).c_str(),
                                      [&c](benchmark::State &s) { ours(s, c); });
         benchmark::RegisterBenchmark((std::string("pixman/") + c.name).c_str(),
                                      [&c](benchmark::State &s) { theirs(s, c); });
     }
-    Collect collect;
+    bench::Collect collect;
     benchmark::RunSpecifiedBenchmarks(&collect);
     print_table(collect.rates);
     benchmark::Shutdown();

@@ -65,7 +65,10 @@ TEST(PolygonDraw, SteepAndShallowEdgesCoverTheirRuns) {
 
 TEST(PolygonDraw, OffsetsShiftByOnePixel) {
     Picture right = kTrianglePicture;
-    for (std::string &row : right) row = "." + row.substr(0, 9);
+    for (std::string &row : right) {
+        row.pop_back();
+        row.insert(row.begin(), '.');
+    }
     EXPECT_EQ(fill(kTriangle, kAll, 262144, 0), right);
     Picture down = kTrianglePicture;
     down.insert(down.begin(), "..........");

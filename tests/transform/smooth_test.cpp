@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -43,7 +44,8 @@ TEST(Smoothing, ConstantImageStaysConstant) {
     for (const Drawer &drawer : kDrawers)
         for (Size d : kTargets) {
             const Words out = draw(drawer.fn, src, {0, 0, 21, 13}, d);
-            EXPECT_EQ(out, Words(out.size(), 0xFF5A3C1Eu)) << drawer.name << " " << d.w << "x" << d.h;
+            EXPECT_EQ(std::count(out.begin(), out.end(), 0xFF5A3C1Eu), d.w * d.h)
+                << drawer.name << " " << d.w << "x" << d.h;
         }
     xc_image_unref(src);
 }
@@ -54,7 +56,7 @@ TEST(Smoothing, ConstantSixteenBitImageStaysConstant) {
     for (const Drawer &drawer : kDrawers) {
         const Words out = draw(drawer.fn, src, {0, 0, 12, 9}, {5, 4});
         // 0xA5F3 unpacks to red 0xA0, green 0xBC, blue 0x98, alpha 0.
-        EXPECT_EQ(out, Words(out.size(), 0x00A0BC98u)) << drawer.name;
+        EXPECT_EQ(std::count(out.begin(), out.end(), 0x00A0BC98u), 20) << drawer.name;
     }
     xc_image_unref(src);
 }
