@@ -16,14 +16,14 @@ bool image_size_fits(const char *codec, const char *filename, int64_t width,
     return false;
 }
 
-std::optional<std::vector<uint8_t>> read_whole_file(const char *filename) {
+std::optional<std::vector<uint8_t>> read_whole_file(const char *filename, size_t limit) {
     FILE *file = std::fopen(filename, "rb");
     if (!file) return std::nullopt;
     std::optional<std::vector<uint8_t>> bytes;
     long size = -1;
     if (std::fseek(file, 0, SEEK_END) == 0) size = std::ftell(file);
     if (size >= 0 && size <= kMaxBlockBytes && std::fseek(file, 0, SEEK_SET) == 0) {
-        bytes.emplace(static_cast<size_t>(size));
+        bytes.emplace(static_cast<size_t>(size) < limit ? static_cast<size_t>(size) : limit);
         if (std::fread(bytes->data(), 1, bytes->size(), file) != bytes->size()) {
             bytes.reset();
             errno = EIO;

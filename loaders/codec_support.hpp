@@ -18,9 +18,10 @@ namespace fbc {
 bool image_size_fits(const char *codec, const char *filename, int64_t width,
                      int64_t height);
 
-// The whole file, or nothing (errno tells why) when it cannot be opened or
-// read or is larger than the device can address.
-std::optional<std::vector<uint8_t>> read_whole_file(const char *filename);
+// The whole file (or its first `limit` bytes), or nothing (errno tells why)
+// when it cannot be opened or read or is larger than the device can address.
+std::optional<std::vector<uint8_t>> read_whole_file(const char *filename,
+                                                    size_t limit = SIZE_MAX);
 
 // A straight colour word made premultiplied: below full alpha each colour
 // byte becomes c x a >> 8; opaque words stay as they are.
@@ -31,6 +32,16 @@ inline uint32_t premultiply_below_opaque(uint32_t word) {
     const uint32_t g = ((word >> 8) & 0xFFu) * a >> 8;
     const uint32_t b = (word & 0xFFu) * a >> 8;
     return a << 24 | r << 16 | g << 8 | b;
+}
+
+// Colour words as R, G, B bytes for the savers: alpha is dropped and
+// premultiplied colour is written as it is.
+inline void pack_rgb_row(const uint32_t *src, uint8_t *dst, int32_t width) {
+    for (int32_t x = 0; x < width; ++x) {
+        dst[3 * x] = static_cast<uint8_t>(src[x] >> 16);
+        dst[3 * x + 1] = static_cast<uint8_t>(src[x] >> 8);
+        dst[3 * x + 2] = static_cast<uint8_t>(src[x]);
+    }
 }
 
 // Whether a rectangle of an image may be saved: it lies inside the image and

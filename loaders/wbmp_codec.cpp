@@ -81,6 +81,8 @@ int wbmp_load_data(xc_image *image, const char *filename) {
     image->width = header.width;
     image->height = header.height;
     if (!image_size_fits("wbmp", filename, header.width, header.height)) return -1;
+    // An empty image has no pixel block at all.
+    if (header.width == 0 || header.height == 0) return -1;
     image->rowstride = header.width * 4;
     if (!xc_image_alloc_data(image)) return -1;
     const size_t count = static_cast<size_t>(header.width) * static_cast<size_t>(header.height);

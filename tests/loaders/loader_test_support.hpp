@@ -32,7 +32,7 @@ protected:
         FILE *out = std::fopen(file.c_str(), "wb");
         EXPECT_NE(out, nullptr);
         if (out) {
-            std::fwrite(bytes.data(), 1, bytes.size(), out);
+            if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), out);
             std::fclose(out);
         }
         return file;
@@ -40,6 +40,10 @@ protected:
 
     std::filesystem::path dir_;
 };
+
+inline std::string corpus_file(const std::string &relative) {
+    return std::string(FBC_CORPUS_DIR) + "/" + relative;
+}
 
 inline uint32_t pixel(const xc_image *image, int32_t x, int32_t y) {
     return reinterpret_cast<const uint32_t *>(image->data + static_cast<size_t>(y) * image->rowstride)[x];

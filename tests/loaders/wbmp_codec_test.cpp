@@ -89,12 +89,15 @@ TEST_F(WbmpCodec, MissingFileIsReportedByEachEntry) {
 }
 
 TEST_F(WbmpCodec, EmptyImageHasNoPixels) {
-    xc_image *image = xc_image_new();
-    const std::string file = write("zero.wbmp", fbc_test::wbmp_file(0, 4, {}));
-    EXPECT_EQ(wbmp_loader.load_info(image, file.c_str()), 0);
-    EXPECT_EQ(wbmp_loader.load_data(image, file.c_str()), -1);
-    EXPECT_EQ(image->data, nullptr);
-    xc_image_unref(image);
+    const uint8_t sizes[][2] = {{0, 4}, {4, 0}, {0, 0}};
+    for (const auto &size : sizes) {
+        xc_image *image = xc_image_new();
+        const std::string file = write("zero.wbmp", fbc_test::wbmp_file(size[0], size[1], {0xFF}));
+        EXPECT_EQ(wbmp_loader.load_info(image, file.c_str()), 0);
+        EXPECT_EQ(wbmp_loader.load_data(image, file.c_str()), -1);
+        EXPECT_EQ(image->data, nullptr);
+        xc_image_unref(image);
+    }
 }
 
 TEST_F(WbmpCodec, SizesBeyondTheDeviceAreRefusedBeforeAllocating) {
