@@ -73,6 +73,42 @@ FBC_API xc_image *xc_image_new_from_color_transformed_image(
     xc_image *image, const float matrix[16], const int32_t lower[3],
     const int32_t upper[3]);
 
+/* Box reductions to new images. Each returns a new image with one
+ * reference (format 0 with alpha when the source has alpha, else an opaque
+ * canvas), or NULL with a diagnostic when the source has no 32- or 16-bit
+ * pixels or the target size is not positive. Every result pixel averages
+ * every source pixel that falls on it. */
+
+/* Half the size (each side at least 1): 2 x 2 blocks, 3 across an odd
+ * edge. */
+FBC_API xc_image *xc_image_scale_down_2x(xc_image *src);
+/* A quarter of the size (each side at least 1): 4 x 4 blocks. */
+FBC_API xc_image *xc_image_scale_down_4x(xc_image *src);
+/* To width x height in stages: halves by 2 x 2 blocks while the image is at
+ * least twice the target both ways, then one smoothing pass (box average in
+ * a direction that still shrinks below half, linear interpolation
+ * otherwise). */
+FBC_API xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width,
+                                           int32_t height);
+
+/* Resamples one run of src_count 32-bit pixels into dst_count pixels: box
+ * average when dst_count < src_count / 2, else 16.16 linear interpolation
+ * from first to last pixel. The steps are the distances in pixels between
+ * neighbours (1 for a row, the row length for a column). Counts below 1 do
+ * nothing. */
+FBC_API void xc_image_scale_1d(const uint32_t *src, int32_t src_count,
+                               int32_t src_step, uint32_t *dst,
+                               int32_t dst_count, int32_t dst_step);
+
+/* A new image holding `image` turned clockwise by `degrees` (any integer,
+ * taken modulo 360). Multiples of 90 permute the pixels exactly and keep
+ * the source's format; any other angle resamples bilinearly into the
+ * rotated bounding box, as format 0 with premultiplied alpha and
+ * transparent corners. NULL with a diagnostic for a source without 32- or
+ * 16-bit pixels or wider or higher than 16383 pixels. */
+FBC_API xc_image *xc_image_new_from_rotated_image(xc_image *image,
+                                                  int32_t degrees);
+
 FBC_END_DECLS
 
 #endif

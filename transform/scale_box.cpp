@@ -1,0 +1,107 @@
+// Box reductions into new images, and the one-dimensional resampler.
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "core/pixel_bounds.hpp"
+#include "fbcompose/loader.h"
+#include "fbcompose/transform.h"
+#include "transform/scale_common.hpp"
+#include "transform/smooth_engine.hpp"
+
+namespace fbc {
+namespace {
+
+bool usable(xc_image *src, const char *caller) {
+    if (src && !src->data && src->loader) xc_image_load_data(src);
+    if (src && rows_hold(src, pointer_step(src)) && src->width > 0 && src->height > 0) return true;
+    std::printf("%s: no pixels to scale\n", caller);
+    return false;
+}
+
+// An empty result like the source: transparent with alpha, else a canvas.
+xc_image *result_like(const xc_image *src, int32_t width, int32_t height) {
+    xc_image *result = src->has_alpha ? xc_image_new_from_data(width, height, nullptr, 32, 0, 0)
+                                      : xc_image_create(width, height);
+    result->no_cache = 1;
+    if (result->data)
+        std::memset(result->data, 0, static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
+    return result;
+}
+
+// The whole source drawn into a new width x height image; drawing onto
+// zeroed pixels copies (blends over transparent black add nothing).
+xc_image *scaled_into(const xc_image *src, int32_t width, int32_t height, xc_scale_func drawer) {
+    xc_image *result = result_like(src, width, height);
+    const xg_area whole{0, 0, width, height};
+    const xg_area source{0, 0, src->width, src->height};
+    if (result->data) drawer(src, result, &whole, &source, &whole, kNoModulation);
+    return result;
+}
+
+xc_image *reduce(xc_image *src, int32_t factor, const char *caller) {
+    if (!usable(src, caller)) return nullptr;
+    return scaled_into(src, std::max(src->width / factor, 1), std::max(src->height / factor, 1),
+                       xc_image_scale_down_xy);
+}
+
+uint32_t box_average(const uint32_t *src, int32_t step, const Tap &tap) {
+    uint32_t sum[4] = {0, 0, 0, 0};
+    for (int32_t k = 0; k < tap.count; ++k) {
+        const uint32_t p = src[static_cast<intptr_t>(tap.first + k) * step];
+        for (int ch = 0; ch < 4; ++ch) sum[ch] += (p >> (8 * ch)) & 0xFF;
+    }
+    const Divider divide(static_cast<uint32_t>(tap.count));
+    uint32_t out = 0;
+    for (int ch = 0; ch < 4; ++ch) out |= divide(sum[ch]) << (8 * ch);
+    return out;
+}
+
+}  // namespace
+}  // namespace fbc
+
+extern "C" {
+
+xc_image *xc_image_scale_down_2x(xc_image *src) {
+    return fbc::reduce(src, 2, "xc_image_scale_down_2x");
+}
+
+xc_image *xc_image_scale_down_4x(xc_image *src) {
+    return fbc::reduce(src, 4, "xc_image_scale_down_4x");
+}
+
+xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width, int32_t height) {
+    if (!fbc::usable(src, "xc_image_scale_down_xy_2")) return nullptr;
+    if (width < 1 || height < 1) {
+        std::printf("xc_image_scale_down_xy_2: bad size %d x %d\n", width, height);
+        return nullptr;
+    }
+    xc_image *current = xc_image_ref(src);
+    while (current->width >= 2 * width && current->height >= 2 * height) {
+        xc_image *half = fbc::scaled_into(current, current->width / 2, current->height / 2,
+                                          xc_image_scale_down_xy);
+        xc_image_unref(current);
+        current = half;
+    }
+    xc_image *result = fbc::scaled_into(current, width, height, xc_scale_smooth);
+    xc_image_unref(current);
+    return result;
+}
+
+void xc_image_scale_1d(const uint32_t *src, int32_t src_count, int32_t src_step, uint32_t *dst,
+                       int32_t dst_count, int32_t dst_step) {
+    if (src_count < 1 || dst_count < 1) return;
+    const fbc::Filter filter = dst_count < src_count / 2 ? fbc::Filter::box : fbc::Filter::linear;
+    const auto taps = fbc::make_taps(filter, src_count, dst_count, 0, dst_count);
+    for (int32_t i = 0; i < dst_count; ++i) {
+        const fbc::Tap &t = taps[static_cast<size_t>(i)];
+        const uint32_t *p = src + static_cast<intptr_t>(t.first) * src_step;
+        dst[static_cast<intptr_t>(i) * dst_step] =
+            filter == fbc::Filter::box
+                ? fbc::box_average(src, src_step, t)
+                : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
+    }
+}
+
+}  // extern "C"

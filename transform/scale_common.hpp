@@ -1,0 +1,50 @@
+// What the scanline drawers share: the span function they draw rows with,
+// the 16.16 interpolation of colour words, and 32-bit source addressing.
+#pragma once
+
+#include <cstdint>
+
+#include "fbcompose/image.h"
+#include "fbcompose/pixel.h"
+
+namespace fbc {
+
+inline constexpr uint32_t kNoModulation = 0xFFFFFFFFu;
+
+// Plain drawing without modulation, the modulating kind otherwise; the
+// colour is passed to every call either way.
+inline xc_draw_func row_function(const xc_image *src, const xc_image *dst, uint32_t color) {
+    return color == kNoModulation ? xc_get_draw_func(src, dst)
+                                  : xc_get_mul_draw_func(src, dst, color);
+}
+
+// One byte between two pixels: (next x f + cur x (65536 - f)) >> 16.
+inline uint32_t lerp_byte(uint32_t cur, uint32_t next, uint32_t f, int shift) {
+    const uint32_t c = (cur >> shift) & 0xFF;
+    const uint32_t n = (next >> shift) & 0xFF;
+    return ((n * f + c * (65536 - f)) >> 16) << shift;
+}
+
+// Bytes 0 to 2 interpolated; byte 3 too when `alpha`, else it is taken from
+// `keep`.
+inline uint32_t lerp_word(uint32_t cur, uint32_t next, uint32_t f, bool alpha, uint32_t keep) {
+    const uint32_t a = alpha ? lerp_byte(cur, next, f, 24) : keep & 0xFF000000u;
+    return a | lerp_byte(cur, next, f, 16) | lerp_byte(cur, next, f, 8) | lerp_byte(cur, next, f, 0);
+}
+
+// 16.16 step between first and last: ((from - 1) << 16) / (to - 1), 0 when
+// the target has fewer than two pixels.
+inline int64_t end_to_end_step(int32_t from, int32_t to) {
+    return to >= 2 ? (int64_t{from - 1} << 16) / (to - 1) : 0;
+}
+
+// Pixel (x, y) of a source taken as 32-bit words with `width` words per row.
+inline const uint32_t *word_at(const xc_image *image, int32_t x, int32_t y) {
+    return reinterpret_cast<const uint32_t *>(image->data) +
+           (static_cast<intptr_t>(y) * image->width + x);
+}
+
+inline int32_t width_of(const xg_area &a) { return a.x2 - a.x1; }
+inline int32_t height_of(const xg_area &a) { return a.y2 - a.y1; }
+
+}  // namespace fbc
