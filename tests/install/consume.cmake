@@ -36,3 +36,12 @@ run(${C_COMPILER} -std=c99 -Wall -Werror ${CONSUMER}/main.c ${flags}
 get_filename_component(lib_dir ${pc_dir} DIRECTORY)
 set(ENV{LD_LIBRARY_PATH} ${lib_dir})
 run(${SCRATCH}/pkg-consumer)
+
+# 3. The installed tool finds its installed assets and runs the demo.
+if(NOT EXISTS ${prefix}/share/fbcompose/assets/spinner.gif)
+  message(FATAL_ERROR "the demo's assets were not installed")
+endif()
+run(${prefix}/bin/fbcompose demo -o ${SCRATCH}/demo/screen.png --size 160x120 --frames 2)
+if(NOT EXISTS ${SCRATCH}/demo/screen.raw)
+  message(FATAL_ERROR "the installed demo wrote no frame buffer")
+endif()

@@ -20,6 +20,26 @@ def run(*args, expect=0):
     return result
 
 
+def png_size(path):
+    data = pathlib.Path(path).read_bytes()
+    assert data[:8] == b"\x89PNG\r\n\x1a\n", f"{path} is not a PNG"
+    return struct.unpack(">II", data[16:24])
+
+
+def rotate90(words, width, height):
+    """Canvas (x, y) goes to panel (height - 1 - y, x)."""
+    out = [0] * (width * height)
+    for y in range(height):
+        for x in range(width):
+            out[x * height + (height - 1 - y)] = words[y * width + x]
+    return out
+
+
+def words32(path):
+    data = pathlib.Path(path).read_bytes()
+    return list(struct.unpack(f"<{len(data) // 4}I", data))
+
+
 class ToolTest(unittest.TestCase):
     def setUp(self):
         self.scratch = pathlib.Path(OPTIONS.scratch) / self.id().split(".")[-1]
@@ -104,6 +124,117 @@ class ToolTest(unittest.TestCase):
 
         result = run("archive", "list", self.scratch / "missing.ar", expect=1)
         self.assertIn("cannot read", result.stderr)
+
+    def corpus(self, relative):
+        return pathlib.Path(OPTIONS.corpus) / relative
+
+    def test_demo_writes_frame_buffer_preview_and_frame_lines(self):
+        preview = self.scratch / "screen.png"
+        result = run("demo", "-o", preview, "--size", "320x240", "--frames", "4")
+        lines = [l for l in result.stdout.splitlines() if l.startswith("frame ")]
+        self.assertEqual(len(lines), 4)
+        self.assertTrue(lines[0].startswith("frame 0: 1 rect 0,0 320x240,"), lines[0])
+        for line in lines[1:]:  # only the animated corners change
+            self.assertRegex(line, r"frame \d: [1-4] rects?( \d+,\d+ \d+x\d+)+, [0-9.]+ ms$")
+        raw = self.scratch / "screen.raw"
+        self.assertEqual(raw.stat().st_size, 320 * 240 * 2)
+        self.assertEqual(png_size(preview), (320, 240))
+        self.assertIn(str(raw), result.stdout)
+        self.assertTrue((self.scratch / "background.jpg").read_bytes().startswith(b"\xff\xd8"))
+
+    def test_demo_rotation_permutes_the_panel_exactly(self):
+        run("demo", "-o", self.scratch / "a.png", "--size", "96x64", "--frames", "2",
+            "--depth", "32")
+        result = run("demo", "-o", self.scratch / "b.png", "--size", "96x64", "--frames", "2",
+                     "--depth", "32", "--rotate", "90")
+        self.assertIn("(64x96, 32 bits", result.stdout)
+        upright = words32(self.scratch / "a.raw")
+        turned = words32(self.scratch / "b.raw")
+        self.assertEqual(rotate90(upright, 96, 64), turned)
+        self.assertEqual(png_size(self.scratch / "b.png"), (64, 96))
+
+    def test_convert_writes_panel_pixels_at_each_depth(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        reference = self.corpus("ref/png/pngsuite/basn2c08.png.rgba").read_bytes()
+        for depth, size in (("16", 2), ("18", 4), ("32", 4)):
+            out = self.scratch / f"out{depth}.raw"
+            result = run("convert", source, "-o", out, "--depth", depth)
+            self.assertIn(f"{out}: 32x32, {depth} bits", result.stdout)
+            self.assertEqual(out.stat().st_size, 32 * 32 * size)
+        words = words32(self.scratch / "out32.raw")
+        for i in (0, 100, 1023):
+            r, g, b, _ = reference[4 * i:4 * i + 4]
+            self.assertEqual(words[i] & 0xFFFFFF, r << 16 | g << 8 | b)
+        run("convert", source, "-o", self.scratch / "r.raw", "--depth", "32", "--rotate", "90",
+            "--preview", self.scratch / "r.png")
+        self.assertEqual(words32(self.scratch / "r.raw"), rotate90(words, 32, 32))
+        self.assertEqual(png_size(self.scratch / "r.png"), (32, 32))
+
+    def test_convert_and_fit_failures_name_the_file(self):
+        missing = self.scratch / "missing.png"
+        result = run("convert", missing, "-o", self.scratch / "x.raw", "--depth", "16", expect=1)
+        self.assertIn(f"'{missing}'", result.stderr)
+        result = run("convert", missing, "-o", self.scratch / "x.raw", "--depth", "24", expect=2)
+        self.assertIn("bad --depth '24'", result.stderr)
+        broken = self.corpus("bad/png/cut-in-idat.png")
+        result = run("fit", broken, "10x10", "--mode", "crop", "-o", self.scratch / "f.png",
+                     expect=1)
+        self.assertIn(f"'{broken}'", result.stderr)
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        result = run("fit", source, "10x10", "--mode", "squash", "-o", self.scratch / "f.png",
+                     expect=2)
+        self.assertIn("unknown --mode 'squash'", result.stderr)
+        result = run("fit", source, "10x10", "--mode", "crop", "-o", self.scratch / "f.bmp",
+                     expect=1)
+        self.assertIn("cannot write", result.stderr)
+
+    def test_fit_every_mode_to_png_and_jpeg(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        for mode in ("crop", "matte", "matte-both", "distort"):
+            out = self.scratch / f"{mode}.png"
+            run("fit", source, "50x30", "--mode", mode, "-o", out)
+            self.assertEqual(png_size(out), (50, 30), mode)
+        out = self.scratch / "matte.jpg"
+        run("fit", source, "40x20", "--mode", "matte", "-o", out, "--quality", "90")
+        data = out.read_bytes()
+        self.assertTrue(data.startswith(b"\xff\xd8"))
+        sof = data.index(b"\xff\xc0")
+        self.assertEqual(struct.unpack(">HH", data[sof + 5:sof + 9]), (20, 40))
+
+    def test_info_reports_type_size_alpha_and_frames(self):
+        files = {
+            "png/pngsuite/basn6a08.png": "png, 32x32, alpha",
+            "jpeg/wuffs/peacock.default.jpeg": "jpg, 100x75, opaque",
+            "bmp/bmpsuite/g/pal8.bmp": "bmp, 127x64, opaque",
+        }
+        paths = [self.corpus(f) for f in files] + [self.scratch / "missing.gif"]
+        result = run("info", *paths, expect=1)  # one bad file: still reports the rest
+        for name, summary in files.items():
+            self.assertIn(f"{self.corpus(name)}: {summary}", result.stdout)
+        self.assertIn("missing.gif", result.stderr)
+
+        manifest = (pathlib.Path(OPTIONS.corpus) / "MANIFEST.tsv").read_text().splitlines()
+        animations = [row.split("\t") for row in manifest[1:]
+                      if row.startswith("gif/gif-test-suite/") and row.split("\t")[4] not in ("1", "-")]
+        path, frames = animations[0][0], int(animations[0][4])
+        result = run("info", self.corpus(path))
+        self.assertRegex(result.stdout, rf", {frames} frames, delays \(ms\): (\d+ ?){{{frames}}}$")
+
+    def test_archive_packed_images_load_through_the_library(self):
+        source = self.scratch / "src"
+        shutil.copytree(self.corpus("png/pngsuite"), source,
+                        ignore=lambda d, names: [n for n in names if not n.startswith("basn")])
+        packed = self.scratch / "packed"
+        packed.mkdir()
+        result = run("archive", "pack", source, "-o", packed / "img.ar")
+        count = len(list(source.glob("*.png")))
+        self.assertIn(f"packed {count} files", result.stdout)
+        # basn2c08.png exists only inside packed/img.ar: the PNG loader finds it there.
+        run("convert", packed / "basn2c08.png", "-o", self.scratch / "a.raw", "--depth", "32")
+        run("convert", source / "basn2c08.png", "-o", self.scratch / "b.raw", "--depth", "32")
+        self.assertEqual((self.scratch / "a.raw").read_bytes(), (self.scratch / "b.raw").read_bytes())
+        listing = run("archive", "list", packed / "img.ar").stdout
+        self.assertEqual(len(listing.splitlines()) - 1, count)
 
 
 def main():

@@ -6,5 +6,8 @@ namespace fbctool {
 
 int run_demo(int argc, char **argv);
 int run_archive(int argc, char **argv);
+int run_convert(int argc, char **argv);
+int run_fit(int argc, char **argv);
+int run_info(int argc, char **argv);
 
 }  // namespace fbctool

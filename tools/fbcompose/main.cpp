@@ -14,6 +14,9 @@ struct command {
 
 const command kCommands[] = {
     {"demo", fbctool::run_demo, "compose a sample device screen and write the panel frame"},
+    {"convert", fbctool::run_convert, "convert an image into the panel's pixel format"},
+    {"fit", fbctool::run_fit, "crop, matte or stretch an image to a size"},
+    {"info", fbctool::run_info, "type, size, alpha and animation frames of image files"},
     {"archive", fbctool::run_archive, "pack, list or extract an image archive (img.ar)"},
 };
 
