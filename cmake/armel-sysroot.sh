@@ -22,8 +22,11 @@ if ! (cd "$debs" && apt-get download -q "${names[@]}" >/dev/null); then
   $sudo apt-get update -qq
   (cd "$debs" && apt-get download -q "${names[@]}" >/dev/null)
 fi
-rm -rf "$sysroot"
-mkdir -p "$sysroot"
-for deb in "$debs"/*.deb; do dpkg -x "$deb" "$sysroot"; done
-touch "$sysroot/.complete"
+# Unpack beside the target and move it into place, so the folder exists
+# only when complete, and an existing folder is never touched.
+[ ! -e "$sysroot" ] || { echo "$sysroot exists already; not touching it" >&2; exit 1; }
+mkdir -p "$(dirname "$sysroot")"
+staging=$(mktemp -d "$sysroot.partial.XXXXXX")
+for deb in "$debs"/*.deb; do dpkg -x "$deb" "$staging"; done
+mv "$staging" "$sysroot"
 echo "armel sysroot ready in $sysroot"

@@ -14,7 +14,9 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES FBC_SYSROOT)
 if(NOT FBC_SYSROOT)
   message(FATAL_ERROR "FBC_SYSROOT must name the armel sysroot folder")
 endif()
-if(NOT EXISTS ${FBC_SYSROOT}/.complete)
+# Debian's packages are fetched only into a folder that does not exist yet;
+# a sysroot of the caller's own is used as it is.
+if(NOT EXISTS ${FBC_SYSROOT})
   execute_process(COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/armel-sysroot.sh ${FBC_SYSROOT}
                   RESULT_VARIABLE sysroot_result)
   if(NOT sysroot_result EQUAL 0)
@@ -45,7 +47,7 @@ foreach(dir ${FBC_SYSROOT_LIBS})
 endforeach()
 
 string(REPLACE ";" ":" FBC_SYSROOT_LIBPATH "${FBC_SYSROOT_LIBS}")
-set(FBC_EMULATOR ${FBC_SYSROOT}/run-armel)
+set(FBC_EMULATOR ${CMAKE_BINARY_DIR}/run-armel)
 file(WRITE ${FBC_EMULATOR}
   "#!/bin/sh\n"
   "LD_LIBRARY_PATH=${FBC_SYSROOT_LIBPATH}\${LD_LIBRARY_PATH:+:\$LD_LIBRARY_PATH} "
