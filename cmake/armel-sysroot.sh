@@ -4,6 +4,8 @@
 # skew between the host's and armel's packages cannot break the host.
 set -euo pipefail
 sysroot=${1:?usage: armel-sysroot.sh SYSROOT}
+# An existing folder is never touched: it may be a sysroot of the caller's.
+[ ! -e "$sysroot" ] || { echo "$sysroot exists already; not touching it" >&2; exit 1; }
 packages=(libfreetype6 libfreetype-dev libpng16-16 libpng-dev libjpeg62-turbo
           libjpeg62-turbo-dev libgif7 libgif-dev zlib1g zlib1g-dev libbrotli1
           libbrotli-dev libbz2-1.0 libgtest-dev)
@@ -23,8 +25,7 @@ if ! (cd "$debs" && apt-get download -q "${names[@]}" >/dev/null); then
   (cd "$debs" && apt-get download -q "${names[@]}" >/dev/null)
 fi
 # Unpack beside the target and move it into place, so the folder exists
-# only when complete, and an existing folder is never touched.
-[ ! -e "$sysroot" ] || { echo "$sysroot exists already; not touching it" >&2; exit 1; }
+# only when complete.
 mkdir -p "$(dirname "$sysroot")"
 staging=$(mktemp -d "$sysroot.partial.XXXXXX")
 for deb in "$debs"/*.deb; do dpkg -x "$deb" "$staging"; done
