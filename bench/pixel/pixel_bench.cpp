@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "fbcompose/pixel.h"
+#include "report.hpp"
 
 namespace {
 
@@ -306,37 +307,6 @@ std::string reference_name(bool set, int bytes, const Size &s) {
     return std::string(set ? "memset/" : "memcpy/") + std::to_string(bytes) + "/" + s.name();
 }
 
-// Keeps each run's rate, megapixels per second, by benchmark name.
-class Collect : public benchmark::BenchmarkReporter {
-public:
-    bool ReportContext(const Context &) override { return true; }
-    void ReportRuns(const std::vector<Run> &runs) override {
-        for (const auto &run : runs) {
-            if (run.error_occurred) continue;
-            rates[run.benchmark_name()] = run.counters.at("items_per_second").value / 1e6;
-        }
-        std::fputc('.', stderr);
-    }
-    std::map<std::string, double> rates;
-};
-
-std::string cell(const std::map<std::string, double> &rates, const std::string &name) {
-    auto it = rates.find(name);
-    if (it == rates.end()) return "-";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f", it->second);
-    return text;
-}
-
-std::string ratio(const std::map<std::string, double> &rates, const std::string &a,
-                  const std::string &b) {
-    auto x = rates.find(a), y = rates.find(b);
-    if (x == rates.end() || y == rates.end() || y->second == 0) return "-";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f", x->second / y->second);
-    return text;
-}
-
 void print_table(const std::vector<Op> &list, const std::map<std::string, double> &rates) {
     std::printf("\n| ours | size | Mpx/s | pixman equivalent | Mpx/s | ours/pixman | ours/mem | pixman/mem |\n");
     std::printf("|---|---|---:|---|---:|---:|---:|---:|\n");
@@ -347,9 +317,9 @@ void print_table(const std::vector<Op> &list, const std::map<std::string, double
             const std::string mem = reference_name(op.fill, op.dst_bytes, s);
             if (!rates.count(ours)) continue;
             std::printf("| %s | %s | %s | %s | %s | %s | %s | %s |\n", op.name, s.name().c_str(),
-                        cell(rates, ours).c_str(), op.pixman_name ? op.pixman_name : "-",
-                        cell(rates, theirs).c_str(), ratio(rates, ours, theirs).c_str(),
-                        ratio(rates, ours, mem).c_str(), ratio(rates, theirs, mem).c_str());
+                        bench::cell(rates, ours).c_str(), op.pixman_name ? op.pixman_name : "-",
+                        bench::cell(rates, theirs).c_str(), bench::ratio(rates, ours, theirs).c_str(),
+                        bench::ratio(rates, ours, mem).c_str(), bench::ratio(rates, theirs, mem).c_str());
         }
     }
     std::printf("\n| reference | size | Mpx/s |\n|---|---|---:|\n");
@@ -357,7 +327,7 @@ void print_table(const std::vector<Op> &list, const std::map<std::string, double
         for (bool set : {false, true}) {
             for (int bytes : {2, 4}) {
                 std::printf("| %s of %d-byte pixels | %s | %s |\n", set ? "memset" : "memcpy", bytes,
-                            s.name().c_str(), cell(rates, reference_name(set, bytes, s)).c_str());
+                            s.name().c_str(), bench::cell(rates, reference_name(set, bytes, s)).c_str());
             }
         }
     }
@@ -366,14 +336,7 @@ void print_table(const std::vector<Op> &list, const std::map<std::string, double
 }  // namespace
 
 int main(int argc, char **argv) {
-    // A short default keeps one full run under a minute; pass the flag to override.
-    std::vector<char *> args(argv, argv + argc);
-    std::string min_time = "--benchmark_min_time=0.1";
-    bool has_min_time = false;
-    for (char *a : args) has_min_time |= std::strncmp(a, "--benchmark_min_time", 20) == 0;
-    if (!has_min_time) args.insert(args.begin() + 1, min_time.data());
-    int count = int(args.size());
-    benchmark::Initialize(&count, args.data());
+    bench::initialize(argc, argv);  // a short default keeps one full run under a minute
 
     const std::vector<Op> list = ops();
     for (const Size &s : kSizes) {
@@ -395,7 +358,7 @@ int main(int argc, char **argv) {
                                          [&op, s](benchmark::State &state) { time_run(state, s, op.theirs); });
         }
     }
-    Collect collect;
+    bench::Collect collect;
     benchmark::RunSpecifiedBenchmarks(&collect);
     print_table(list, collect.rates);
     benchmark::Shutdown();
