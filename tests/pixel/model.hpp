@@ -84,12 +84,9 @@ inline int threshold(int64_t ox, int64_t oy, int64_t dither_x, int64_t dither_y)
 // A channel reduced to `bits` (5 or 6), rounded up whenever the dropped
 // bits reach the threshold, never past the field's maximum.
 inline uint32_t reduce(uint32_t c, int bits, int t) {
-    uint32_t dropped_bits = 8 - bits;
-    uint32_t v = c >> dropped_bits;
-    uint32_t dropped = c & ((1u << dropped_bits) - 1);
+    uint32_t v = c >> (8 - bits), dropped = c & ((1u << (8 - bits)) - 1);
     uint32_t limit = bits == 5 ? uint32_t(t) / 2 : uint32_t(t) / 4;
-    if (dropped >= limit && v + 1 < (1u << bits)) ++v;
-    return v;
+    return dropped >= limit && v + 1 < (1u << bits) ? v + 1 : v;
 }
 
 // The output word of one pixel at depth 16, 18 or 32.
