@@ -42,17 +42,18 @@ TEST(Select, DrawByAlphaThenDepth) {
         {record(false, 0), record(false, 16), xc_copy_pixels_rgba_to_16},
     };
     for (const auto &r : rows) {
-        EXPECT_EQ(xc_get_draw_func(&r.src, &r.dst), r.want) << r.src.has_alpha << "/" << r.src.depth
-                                                             << " onto " << r.dst.has_alpha << "/" << r.dst.depth;
+        EXPECT_EQ(xc_get_draw_func(&r.src, &r.dst), r.want)
+            << r.src.has_alpha << "/" << r.src.depth << " onto " << r.dst.has_alpha << "/"
+            << r.dst.depth;
     }
 }
 
 // Multiplied draws go by alpha alone, whatever the colour and depth; coverage by the destination's.
 TEST(Select, MulDrawAndCoverageByAlpha) {
     const xc_image plain = record(false, 16), alpha = record(true, 32);
-    EXPECT_EQ(xc_get_mul_draw_func(&plain, &plain, 0xFFFFFFFF), xc_blend_pixels_mul_color_rgb_to_rgb);
+    EXPECT_EQ(xc_get_mul_draw_func(&plain, &plain, ~0u), xc_blend_pixels_mul_color_rgb_to_rgb);
     EXPECT_EQ(xc_get_mul_draw_func(&plain, &alpha, 0), xc_blend_pixels_mul_color_rgb_to_rgba);
-    EXPECT_EQ(xc_get_mul_draw_func(&alpha, &plain, 0x80FF0000), xc_blend_pixels_mul_color_rgba_to_rgb);
+    EXPECT_EQ(xc_get_mul_draw_func(&alpha, &plain, 0x80FF00), xc_blend_pixels_mul_color_rgba_to_rgb);
     EXPECT_EQ(xc_get_mul_draw_func(&alpha, &alpha, 0), xc_blend_pixels_mul_color_rgba_to_rgba);
     EXPECT_EQ(xc_get_alpha_func(&plain), xc_blend_alpha_color_rgba_to_rgb);
     EXPECT_EQ(xc_get_alpha_func(&alpha), xc_blend_alpha_color_rgba_to_rgba);
@@ -75,16 +76,20 @@ TEST(SelectDeathTest, OpaqueOntoDepthBelow16Aborts) {
 // The first two arguments take no part; a refusal names the depth, even for a bad rotation.
 TEST(Select, ConvertByDepthAndRotation) {
     const struct { int depth, rotation; xc_convert_func want; } rows[] = {
-        {16, 0, xc_convert_rgba_to_16}, {16, 90, xc_convert_rgba_to_16_90}, {16, 270, xc_convert_rgba_to_16_270},
-        {18, 0, xc_convert_rgba_to_18}, {18, 90, xc_convert_rgba_to_18_90}, {18, 270, xc_convert_rgba_to_18_270},
-        {32, 0, xc_convert_rgba_to_32}, {32, 90, xc_convert_rgba_to_32_90}, {32, 270, xc_convert_rgba_to_32_270},
-        {24, 0, nullptr}, {16, 180, nullptr}, {32, -90, nullptr}, {0, 0, nullptr}, {18, 360, nullptr},
+        {16, 0, xc_convert_rgba_to_16}, {16, 90, xc_convert_rgba_to_16_90},
+        {16, 270, xc_convert_rgba_to_16_270}, {18, 0, xc_convert_rgba_to_18},
+        {18, 90, xc_convert_rgba_to_18_90}, {18, 270, xc_convert_rgba_to_18_270},
+        {32, 0, xc_convert_rgba_to_32}, {32, 90, xc_convert_rgba_to_32_90},
+        {32, 270, xc_convert_rgba_to_32_270}, {24, 0, nullptr}, {16, 180, nullptr},
+        {32, -90, nullptr}, {0, 0, nullptr}, {18, 360, nullptr},
     };
+    const std::string refusal = "****fatal**** xc_get_convert_func: failed depth = ";
     for (const auto &r : rows) {
         testing::internal::CaptureStdout();
-        EXPECT_EQ(xc_get_convert_func(123, -4, r.depth, r.rotation), r.want) << r.depth << " " << r.rotation;
-        const std::string refusal = "****fatal**** xc_get_convert_func: failed depth = " + std::to_string(r.depth) + "\n";
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), r.want ? "" : refusal);
+        EXPECT_EQ(xc_get_convert_func(123, -4, r.depth, r.rotation), r.want)
+            << r.depth << "/" << r.rotation;
+        const std::string printed = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(printed, r.want ? "" : refusal + std::to_string(r.depth) + "\n");
     }
 }
 
