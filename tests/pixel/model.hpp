@@ -11,9 +11,7 @@ namespace model {
 // Channels by index: 0 blue, 1 green, 2 red, 3 alpha.
 using Px = std::array<uint32_t, 4>;
 
-inline Px unpack(uint32_t word) {
-    return {word & 255, (word >> 8) & 255, (word >> 16) & 255, word >> 24};
-}
+inline Px unpack(uint32_t w) { return {w & 255, (w >> 8) & 255, (w >> 16) & 255, w >> 24}; }
 
 // Each channel is stored into its byte by truncation.
 inline uint32_t pack(const Px &p) {
@@ -23,29 +21,18 @@ inline uint32_t pack(const Px &p) {
 // What a primitive does to the alpha byte of its destination.
 enum class DstAlpha { kKept, kBlended };
 
-// One pixel's inputs; each primitive reads the ones its kind has.
-struct In {
-    uint32_t color = 0;
-    uint32_t src = 0;  // 32-bit word or RGB565 in the low half
-    uint32_t cov = 0;
-    uint32_t tex = 0;
-};
-
-inline uint32_t over(uint32_t src, uint32_t dst, DstAlpha mode) {
-    Px s = unpack(src), d = unpack(dst);
-    uint32_t a = s[3];
-    if (a == 0) return dst;
-    if (a == 255) return src;
-    for (int c = 0; c < 3; ++c) d[c] = d[c] * (255 - a) / 256 + s[c];
-    if (mode == DstAlpha::kBlended) d[3] = d[3] * (255 - a) / 256 + a;
-    return pack(d);
-}
-
+// Every channel, alpha too when blended: d x (255 - a) / 256 + s, for colour alpha a.
 inline uint32_t fill_blend(uint32_t color, uint32_t dst, DstAlpha mode) {
     Px s = unpack(color), d = unpack(dst);
     int channels = mode == DstAlpha::kBlended ? 4 : 3;
     for (int c = 0; c < channels; ++c) d[c] = d[c] * (255 - s[3]) / 256 + s[c];
     return pack(d);
+}
+
+// Source over: the same blend, but alpha 0 keeps the destination and 255 stores the source.
+inline uint32_t over(uint32_t src, uint32_t dst, DstAlpha mode) {
+    uint32_t a = src >> 24;
+    return a == 0 ? dst : a == 255 ? src : fill_blend(src, dst, mode);
 }
 
 inline uint32_t coverage(uint32_t cov, uint32_t color, uint32_t dst, DstAlpha mode) {
@@ -72,13 +59,18 @@ inline uint32_t modulate(uint32_t src, uint32_t color, uint32_t dst, bool src_al
     return pack(d);
 }
 
-inline uint32_t to_565(uint32_t word) {
-    Px p = unpack(word);
-    return (p[2] / 8) << 11 | (p[1] / 4) << 5 | p[0] / 8;
+// RGB565 keeps the top 5, 6 and 5 bits of red, green and blue.
+inline uint32_t to_565(uint32_t w) {
+    return ((w >> 19) & 31) << 11 | ((w >> 10) & 63) << 5 | ((w >> 3) & 31);
 }
 
 inline uint32_t from_565(uint32_t v) {
     return ((v >> 11) & 31) * 8 << 16 | ((v >> 5) & 63) * 4 << 8 | (v & 31) * 8;
+}
+
+// RGB565 widened to RGB666: red and blue doubled, green as it is.
+inline uint32_t from_565_to_666(uint32_t v) {
+    return ((v >> 11) & 31) * 2 << 12 | ((v >> 5) & 63) << 6 | (v & 31) * 2;
 }
 
 // Display conversion.
@@ -92,12 +84,9 @@ inline int threshold(int64_t ox, int64_t oy, int64_t dither_x, int64_t dither_y)
 // A channel reduced to `bits` (5 or 6), rounded up whenever the dropped
 // bits reach the threshold, never past the field's maximum.
 inline uint32_t reduce(uint32_t c, int bits, int t) {
-    uint32_t dropped_bits = 8 - bits;
-    uint32_t v = c >> dropped_bits;
-    uint32_t dropped = c & ((1u << dropped_bits) - 1);
+    uint32_t v = c >> (8 - bits), dropped = c & ((1u << (8 - bits)) - 1);
     uint32_t limit = bits == 5 ? uint32_t(t) / 2 : uint32_t(t) / 4;
-    if (dropped >= limit && v + 1 < (1u << bits)) ++v;
-    return v;
+    return dropped >= limit && v + 1 < (1u << bits) ? v + 1 : v;
 }
 
 // The output word of one pixel at depth 16, 18 or 32.
@@ -108,9 +97,7 @@ inline uint32_t panel_pixel(uint32_t word, int depth, int t) {
     return word;
 }
 
-struct Point {
-    int x, y;
-};
+struct Point { int x, y; };
 
 // The source pixel that output pixel (i, j) shows, for a width x height source.
 inline Point source_of(int i, int j, int width, int height, int rotation) {
