@@ -1,160 +1,84 @@
-#include <gtest/gtest.h>
-
-#include <vector>
+#include <array>
 
 #include "font_fixture.hpp"
 
+namespace fbc_test {
 namespace {
 
-using fbc_test::FontTest;
-using fbc_test::kSans;
-using fbc_test::ReferenceFace;
+// x, y, w, h of a character's box; -99 where nothing was stored.
+using Box = std::array<int32_t, 4>;
+constexpr Box kNone{-99, -99, -99, -99};
 
-using Text = std::vector<uint16_t>;
-
-Text terminated(Text t) {
-    t.push_back(0);
-    return t;
-}
-
-class Measure : public FontTest {
+class Measure : public Sans16 {
 protected:
+    // Another size of the face, active last, must not change any answer.
     void SetUp() override {
-        FontTest::SetUp();
-        font = load(kSans, 16);
-        ASSERT_NE(font, nullptr);
+        Sans16::SetUp();
+        load(kSans, 40);
     }
-    xc_font *font = nullptr;
-    ReferenceFace ref{kSans, 16};
+    // What the caret box query finds before `pos`, and the box.
+    std::pair<int, Box> caret_box(const Text &text, int32_t pos) {
+        Box b = kNone;
+        return {xc_font_query_char_coords(font, text.data(), pos, &b[0], &b[1], &b[2], &b[3]), b};
+    }
+    // The box of `ch` with the pen after `before`.
+    Box box(const Text &before, uint16_t ch) const {
+        const ReferenceGlyph g = ref.glyph(ch);
+        return {ref.advance(before) + g.left, -ref.ascent(), g.width, ref.ascent() + ref.descent()};
+    }
 };
 
-TEST_F(Measure, AscentAndDescentAreTheSizesMetrics) {
-    EXPECT_EQ(xc_font_get_ascent(font), ref.ascent());
-    EXPECT_EQ(xc_font_get_descent(font), ref.descent());
-    EXPECT_GT(xc_font_get_descent(font), 0);
-    // Another size of the face in between does not leak into the answer.
-    xc_font *big = load(kSans, 40);
-    EXPECT_GT(xc_font_get_ascent(big), ref.ascent());
-    EXPECT_EQ(xc_font_get_ascent(font), ref.ascent());
-}
-
-TEST_F(Measure, AdvanceSumsTheFirstCountCharacters) {
-    const Text text = terminated({'W', 'a', 'v', 'e', ' ', 'j', 0xE9});
-    const struct {
-        int32_t count;
-        Text measured;
-    } cases[] = {
-        {-1, {'W', 'a', 'v', 'e', ' ', 'j', 0xE9}},
-        {0, {}},
-        {1, {'W'}},
-        {3, {'W', 'a', 'v'}},
-        {100, {'W', 'a', 'v', 'e', ' ', 'j', 0xE9}},
+TEST_F(Measure, AdvanceAndSizeSumTheFirstCountCharacters) {
+    const Text wave{'W', 'a', 'v', 'e', ' ', 'j', 0xE9};
+    const struct { Text text; int32_t count; Text measured; } cases[] = {
+        {wave, -1, wave}, {wave, 100, wave}, {wave, 0, {}}, {wave, 3, {'W', 'a', 'v'}},
+        {{}, -1, {}},
+        // The byte order mark is not measured, the ideographic space is a space.
+        {{'a', 0xFEFF, 'b'}, -1, {'a', 'b'}}, {{'a', 0x3000, 'b'}, -1, {'a', ' ', 'b'}},
     };
     for (const auto &c : cases) {
-        EXPECT_EQ(xc_font_query_advance(font, text.data(), c.count), ref.advance(c.measured))
-            << c.count;
+        int32_t width = -1, height = -1;
+        xc_font_query_size(font, terminated(c.text).data(), c.count, &width, &height);
+        EXPECT_EQ(std::pair(width, height),
+                  std::pair(ref.advance(c.measured), ref.ascent() + ref.descent()));
+        EXPECT_EQ(xc_font_query_advance(font, terminated(c.text).data(), c.count), width);
     }
-    EXPECT_GT(ref.advance({'W', 'a', 'v'}), 0);
-    EXPECT_EQ(xc_font_query_advance(font, terminated({}).data(), -1), 0);
     EXPECT_EQ(xc_font_query_advance(font, nullptr, -1), 0);
+    xc_font_query_size(font, wave.data(), 1, nullptr, nullptr);
 }
 
-TEST_F(Measure, ByteOrderMarkIsNotMeasuredAndIdeographicSpaceIsASpace) {
-    EXPECT_EQ(xc_font_query_advance(font, terminated({'a', 0xFEFF, 'b'}).data(), -1),
-              ref.advance({'a', 'b'}));
-    EXPECT_EQ(xc_font_query_advance(font, terminated({'a', 0x3000, 'b'}).data(), -1),
-              ref.advance({'a', ' ', 'b'}));
-}
-
-TEST_F(Measure, SizeIsTheAdvanceAndTheLineHeight) {
-    const Text text = terminated({'H', 'i', '!'});
-    int32_t width = -1, height = -1;
-    xc_font_query_size(font, text.data(), 2, &width, &height);
-    EXPECT_EQ(width, ref.advance({'H', 'i'}));
-    EXPECT_EQ(height, ref.ascent() + ref.descent());
-    xc_font_query_size(font, text.data(), -1, nullptr, &height);
-    xc_font_query_size(font, text.data(), -1, &width, nullptr);
-    EXPECT_EQ(width, ref.advance({'H', 'i', '!'}));
-}
-
-struct Box {
-    int32_t x = -99, y = -99, w = -99, h = -99;
-};
-
-TEST_F(Measure, CharCoordsBoxTheCharacterBeforeTheCaret) {
-    const Text text = terminated({'A', 'V', 'j', 0xFEFF});
-    const int32_t height = ref.ascent() + ref.descent();
-    const struct {
-        int32_t pos;
-        Text before;
-        uint16_t ch;
-    } cases[] = {{0, {}, 'A'}, {1, {}, 'A'}, {2, {'A'}, 'V'}, {3, {'A', 'V'}, 'j'}};
-    for (const auto &c : cases) {
-        Box b;
-        ASSERT_EQ(xc_font_query_char_coords(font, text.data(), c.pos, &b.x, &b.y, &b.w, &b.h), 1)
-            << c.pos;
-        EXPECT_EQ(b.x, ref.advance(c.before) + ref.glyph(c.ch).left) << c.pos;
-        EXPECT_EQ(b.y, -ref.ascent());
-        EXPECT_EQ(b.w, ref.glyph(c.ch).width) << c.pos;
-        EXPECT_EQ(b.h, height);
-    }
-    Box b;
-    // The byte order mark has no glyph; past the end there is no character.
-    EXPECT_EQ(xc_font_query_char_coords(font, text.data(), 4, &b.x, &b.y, &b.w, &b.h), 0);
-    EXPECT_EQ(xc_font_query_char_coords(font, text.data(), 5, &b.x, &b.y, &b.w, &b.h), 0);
-    EXPECT_EQ(xc_font_query_char_coords(font, text.data(), 9, &b.x, &b.y, &b.w, &b.h), 0);
-    EXPECT_EQ(xc_font_query_char_coords(font, terminated({}).data(), 0, &b.x, &b.y, &b.w, &b.h),
-              0);
-}
-
-TEST_F(Measure, HitTestOnCharacterBoundaries) {
+TEST_F(Measure, HitTestOnCharacterBoundariesAndCaretBoxesAgree) {
     const Text text = terminated({'m', 0xFEFF, 'i', 'W'});
-    const int32_t m = ref.advance({'m'});
-    const int32_t mi = ref.advance({'m', 'i'});
-    const int32_t all = ref.advance({'m', 'i', 'W'});
-    const struct {
-        int32_t px;
-        int32_t index;
-        int32_t box_x;
-    } cases[] = {
-        {0, 0, ref.glyph('m').left},
-        {m, 0, ref.glyph('m').left},  // the boundary belongs to the left
-        {m + 1, 2, m + ref.glyph('i').left},
-        {mi, 2, m + ref.glyph('i').left},
-        {mi + 1, 3, mi + ref.glyph('W').left},
-        {all, 3, mi + ref.glyph('W').left},
-        {all + 1, -1, -99},
-        {-1, -1, -99},
+    const int32_t m = ref.advance({'m'}), mi = ref.advance({'m', 'i'});
+    const int32_t all = ref.advance({'m', 'i', 'W'}), top = -ref.ascent(), bottom = ref.descent();
+    // A point on a boundary belongs to the character on its left.
+    const struct { int32_t px, py, index; Box box; } cases[] = {
+        {0, 0, 0, box({}, 'm')}, {m, 0, 0, box({}, 'm')}, {m + 1, 0, 2, box({'m'}, 'i')},
+        {mi, 0, 2, box({'m'}, 'i')}, {mi + 1, 0, 3, box({'m', 'i'}, 'W')},
+        {all, 0, 3, box({'m', 'i'}, 'W')}, {all + 1, 0, -1, kNone}, {-1, 0, -1, kNone},
+        {1, top, 0, box({}, 'm')}, {1, bottom, 0, box({}, 'm')},
+        {1, top - 1, -1, kNone}, {1, bottom + 1, -1, kNone},
     };
     for (const auto &c : cases) {
-        Box b;
-        EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), c.px, 0, &b.x, &b.y, &b.w, &b.h),
-                  c.index)
-            << c.px;
-        EXPECT_EQ(b.x, c.box_x) << c.px;
-        if (c.index < 0) continue;
-        EXPECT_EQ(b.y, -ref.ascent());
-        EXPECT_EQ(b.w, ref.glyph(text[static_cast<size_t>(c.index)]).width);
-        EXPECT_EQ(b.h, ref.ascent() + ref.descent());
+        Box b = kNone;
+        const int32_t hit =
+            xc_font_query_text_at_pos(font, text.data(), c.px, c.py, &b[0], &b[1], &b[2], &b[3]);
+        EXPECT_EQ(std::pair(hit, b), std::pair(c.index, c.box)) << c.px << "," << c.py;
+        // The character hit is the one before the caret after it.
+        if (hit >= 0) {
+            EXPECT_EQ(caret_box(text, hit + 1), std::pair(1, b));
+        }
     }
-}
-
-TEST_F(Measure, HitTestVerticalLimitsAndNullOutputs) {
-    const Text text = terminated({'x'});
-    const int32_t top = -ref.ascent(), bottom = ref.descent();
-    const struct {
-        int32_t py;
-        int32_t index;
-    } cases[] = {{top, 0}, {bottom, 0}, {top - 1, -1}, {bottom + 1, -1}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(xc_font_query_text_at_pos(font, text.data(), 1, c.py, nullptr, nullptr, nullptr,
-                                            nullptr),
-                  c.index)
-            << c.py;
-    }
-    EXPECT_EQ(xc_font_query_text_at_pos(font, terminated({}).data(), 0, 0, nullptr, nullptr,
-                                        nullptr, nullptr),
-              -1);
+    // Caret 0 boxes the first character; the byte order mark has no box,
+    // and past the end there is no character.
+    EXPECT_EQ(caret_box(text, 0), std::pair(1, box({}, 'm')));
+    for (int32_t pos : {2, 5, 9}) EXPECT_EQ(caret_box(text, pos), std::pair(0, kNone)) << pos;
+    // Any output may be left out; an empty text has nothing to hit.
+    const auto hit = [&](const Text &t) {
+        return xc_font_query_text_at_pos(font, t.data(), 1, 0, nullptr, nullptr, nullptr, nullptr);
+    };
+    EXPECT_EQ(std::pair(hit(text), hit(terminated({}))), std::pair(0, -1));
 }
 
 }  // namespace
+}  // namespace fbc_test

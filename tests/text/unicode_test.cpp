@@ -1,268 +1,136 @@
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <cstring>
-#include <string>
-#include <vector>
 
-#include "fbcompose/text.h"
+#include "font_fixture.hpp"
 
+namespace fbc_test {
 namespace {
 
-using Units = std::vector<uint16_t>;
-
-// A wide string owned by the test.
-struct Wide {
-    uint16_t *str;
-    explicit Wide(uint16_t *s) : str(s) {}
-    ~Wide() { std::free(str); }
-    Units units() const { return Units(str, str + xg_unicode_len(str)); }
-};
-
-Units terminated(Units u) {
-    u.push_back(0);
-    return u;
+// The units of a string the library allocated, which is then freed; null
+// reads as {0xDEAD} so that it cannot pass for an empty string.
+Text take(uint16_t *str) {
+    const Text units = str ? Text(str, str + xg_unicode_len(str)) : Text{0xDEAD};
+    std::free(str);
+    return units;
 }
 
-struct NextCase {
-    const char *bytes;
-    uint32_t ch;
-    int32_t advance;  // 0: invalid or end, position unchanged
-};
+// One step through UTF-8: the character decoded, and the byte position
+// before and after.
+struct Step { const char *bytes; int32_t from; uint32_t ch; int32_t to; };
+
+void expect_steps(uint32_t (*step)(const char *, int32_t *), const std::vector<Step> &rows) {
+    for (const Step &s : rows) {
+        int32_t pos = s.from;
+        const uint32_t ch = step(s.bytes, &pos);
+        EXPECT_EQ(std::pair(ch, pos), std::pair(s.ch, s.to))
+            << testing::PrintToString(std::string(s.bytes)) << " from " << s.from;
+    }
+}
 
 TEST(Utf8, GetNextDecodesEachLengthAndRefusesBrokenSequences) {
-    const NextCase cases[] = {
-        {"A", 'A', 1},
-        {"", 0, 0},
-        {"\xC3\xA9", 0xE9, 2},
-        {"\xC3" "A", 0, 0},
-        {"\xC3", 0, 0},
-        {"\xE2\x82\xAC", 0x20AC, 3},
-        {"\xE2\x82" "A", 0, 0},
-        {"\xEF\xBF\xBF", 0xFFFF, 3},
+    expect_steps(xg_utf8_get_next, {
+        {"A", 0, 'A', 1}, {"", 0, 0, 0}, {"\xC3\xA9", 0, 0xE9, 2}, {"\xC3" "A", 0, 0, 0},
+        {"\xC3", 0, 0, 0}, {"\xE2\x82\xAC", 0, 0x20AC, 3}, {"\xE2\x82" "A", 0, 0, 0},
+        {"\xEF\xBF\xBF", 0, 0xFFFF, 3}, {"\xF0\x9F\x98", 0, 0, 0},
         // Four-byte leads keep four value bits, so 0xF8 adds bit 21.
-        {"\xF0\x9F\x98\x80", 0x1F600, 4},
-        {"\xF8\x80\x80\x80", 0x200000, 4},
+        {"\xF0\x9F\x98\x80", 0, 0x1F600, 4}, {"\xF8\x80\x80\x80", 0, 0x200000, 4},
         // A stray continuation byte in lead position opens four bytes.
-        {"\x80\x81\x82\x83", 0x00000000 | (1 << 12) | (2 << 6) | 3, 4},
-        {"\x80" "A", 0, 0},
-        {"\xF0\x9F\x98", 0, 0},
-    };
-    for (const NextCase &c : cases) {
-        int32_t pos = 0;
-        EXPECT_EQ(xg_utf8_get_next(c.bytes, &pos), c.ch) << c.bytes;
-        EXPECT_EQ(pos, c.advance) << c.bytes;
-    }
+        {"\x80\x81\x82\x83", 0, 0x1083, 4}, {"\x80" "A", 0, 0, 0},
+        // Decoding starts at the position, and the end leaves it there.
+        {"a\xC3\xA9" "b", 1, 0xE9, 3}, {"a\xC3\xA9" "b", 3, 'b', 4}, {"ab", 2, 0, 2},
+    });
 }
-
-TEST(Utf8, GetNextStartsAtThePosition) {
-    const char *s = "a\xC3\xA9" "b";
-    int32_t pos = 1;
-    EXPECT_EQ(xg_utf8_get_next(s, &pos), 0xE9u);
-    EXPECT_EQ(xg_utf8_get_next(s, &pos), uint32_t{'b'});
-    EXPECT_EQ(pos, 4);
-    EXPECT_EQ(xg_utf8_get_next(s, &pos), 0u);
-    EXPECT_EQ(pos, 4);
-}
-
-struct PrevCase {
-    const char *bytes;
-    int32_t from;
-    uint32_t ch;
-    int32_t to;
-};
 
 TEST(Utf8, GetPrevStepsBackToThePreviousLead) {
-    const PrevCase cases[] = {
-        {"ab", 1, 'b', 0},
-        {"ab", 0, 'a', -1},
+    expect_steps(xg_utf8_get_prev, {
+        {"ab", 1, 'b', 0}, {"ab", 0, 'a', -1}, {"ab", -1, 0, -1},
+        {"a\xC3\xA9" "b", 3, 'b', 1}, {"\xC3\xA9\xC3\xA9", 2, 0xE9, 0},
         // The terminator decodes as 0 and the step still happens.
-        {"ab", 2, 0, 1},
-        {"a\xC3\xA9" "b", 3, 'b', 1},
-        {"a\xE2\x82\xAC", 4, 0, 1},
-        {"\xC3\xA9\xC3\xA9", 2, 0xE9, 0},
-        // Just after a high byte at byte 0 the position stays.
-        {"\xC3" "b", 1, 'b', 1},
-        // Only continuation bytes before: the position stays.
-        {"\xA9\xA9" "b", 2, 'b', 2},
+        {"ab", 2, 0, 1}, {"a\xE2\x82\xAC", 4, 0, 1},
+        // After a high byte at byte 0, or only continuation bytes, it stays.
+        {"\xC3" "b", 1, 'b', 1}, {"\xA9\xA9" "b", 2, 'b', 2},
         // An invalid sequence at the position: nothing moves.
         {"a\xC3" "b", 1, 0, 1},
-    };
-    for (const PrevCase &c : cases) {
-        int32_t pos = c.from;
-        EXPECT_EQ(xg_utf8_get_prev(c.bytes, &pos), c.ch) << c.bytes << " @" << c.from;
-        EXPECT_EQ(pos, c.to) << c.bytes << " @" << c.from;
-    }
+    });
 }
 
-TEST(Utf8, GetPrevBeforeTheStartDecodesNothing) {
-    int32_t pos = -1;
-    EXPECT_EQ(xg_utf8_get_prev("ab", &pos), 0u);
-    EXPECT_EQ(pos, -1);
-}
-
-TEST(Utf8, GetLastFindsTheStartOfTheLastCharacter) {
-    const char *s = "a\xC3\xA9\xE2\x82\xAC";  // a, e-acute, euro sign
-    const int32_t expected[] = {0, 0, 0, 1, 1, 3, 3};
-    for (int32_t len = 0; len <= 6; ++len)
-        EXPECT_EQ(xg_utf8_get_last(s, len), expected[len]) << len;
+TEST(Utf8, LastStartAndLengthCountOnlyWholeCharactersWithinTheLimit) {
+    const char *s = "a\xC3\xA9\xE2\x82\xAC" "b";  // a, e-acute, euro sign, b
+    const int32_t last[] = {0, 0, 0, 1, 1, 3, 3, 6}, count[] = {0, 1, 1, 2, 2, 2, 3, 4};
+    for (int32_t n = 0; n < 8; ++n)
+        EXPECT_EQ(std::pair(xg_utf8_get_last(s, n), xg_utf8_len_full(s, n)),
+                  std::pair(last[n], count[n])) << n;
     EXPECT_EQ(xg_utf8_get_last("\xA9\xA9", 2), 0);
     EXPECT_EQ(xg_utf8_get_last("ab", -3), 0);
-}
-
-TEST(Utf8, LengthCountsCharactersThatEndWithinTheLimit) {
-    const char *s = "a\xC3\xA9\xE2\x82\xAC" "b";  // 7 bytes, 4 characters
-    const int32_t expected[] = {0, 1, 1, 2, 2, 2, 3, 4, 4};
-    for (int32_t limit = 0; limit <= 8; ++limit)
-        EXPECT_EQ(xg_utf8_len_full(s, limit), expected[limit]) << limit;
-    EXPECT_EQ(xg_utf8_len_full(s, -1), 4);
-    EXPECT_EQ(xg_utf8_len(s), 4);
-    EXPECT_EQ(xg_utf8_len(""), 0);
     // Counting stops at the first invalid sequence.
-    EXPECT_EQ(xg_utf8_len("ab\xC3" "cd"), 2);
+    EXPECT_EQ(std::pair(xg_utf8_len_full(s, -1), xg_utf8_len("ab\xC3" "cd")), std::pair(4, 2));
 }
 
-TEST(Unicode, DecodeWritesUnitsWithoutTerminator) {
-    uint16_t dest[8];
-    std::fill(std::begin(dest), std::end(dest), uint16_t{0xAAAA});
+TEST(Unicode, DecodingKeepsTheLow16BitsAndStopsAtAnInvalidSequence) {
+    uint16_t dest[4] = {0xAAAA, 0xAAAA, 0xAAAA, 0xAAAA};
+    // No terminator is written.
     EXPECT_EQ(xg_unicode_decode_utf8(dest, "x\xE2\x82\xAC\xF0\x9F\x98\x80"), 3);
-    EXPECT_EQ(dest[0], 'x');
-    EXPECT_EQ(dest[1], 0x20AC);
-    // Only the low 16 bits of a four-byte character are kept.
-    EXPECT_EQ(dest[2], 0xF600);
-    EXPECT_EQ(dest[3], 0xAAAA);
+    EXPECT_EQ(Text(dest, dest + 4), (Text{'x', 0x20AC, 0xF600, 0xAAAA}));
     EXPECT_EQ(xg_unicode_decode_utf8(dest, ""), 0);
-    EXPECT_EQ(dest[0], 'x');
+    EXPECT_EQ(take(xg_unicode_new_from_utf8("h\xC3\xA9" "a\xE2\x82" "cd")), (Text{'h', 0xE9, 'a'}));
+    EXPECT_EQ(take(xg_unicode_new_from_utf8("")), Text{});
 }
 
-TEST(Unicode, NewFromUtf8KeepsTheCharactersBeforeAnInvalidSequence) {
-    Wide good(xg_unicode_new_from_utf8("h\xC3\xA9llo"));
-    EXPECT_EQ(good.units(), (Units{'h', 0xE9, 'l', 'l', 'o'}));
-    Wide cut(xg_unicode_new_from_utf8("ab\xE2\x82" "cd"));
-    EXPECT_EQ(cut.units(), (Units{'a', 'b'}));
-    EXPECT_EQ(cut.str[2], 0);
-    Wide empty(xg_unicode_new_from_utf8(""));
-    ASSERT_NE(empty.str, nullptr);
-    EXPECT_EQ(empty.str[0], 0);
-}
-
-TEST(Unicode, Utf8SizeByUnitRange) {
-    const struct {
-        uint16_t unit;
-        int32_t size;
-    } cases[] = {{1, 1}, {0x7F, 1}, {0x80, 2}, {0x7FF, 2}, {0x800, 3}, {0xFFFF, 3}};
-    for (const auto &c : cases) {
-        const uint16_t str[] = {c.unit, 0};
-        EXPECT_EQ(xg_unicode_get_utf8_size(str), c.size) << c.unit;
-    }
-    const uint16_t mixed[] = {'a', 0xE9, 0x20AC, 'b', 0};
-    EXPECT_EQ(xg_unicode_get_utf8_size(mixed), 7);
-    EXPECT_EQ(xg_unicode_get_utf8_size(nullptr), 0);
-    EXPECT_EQ(xg_unicode_get_utf8_size_full(mixed, 2), 3);
-    EXPECT_EQ(xg_unicode_get_utf8_size_full(mixed, 100), 7);
-    EXPECT_EQ(xg_unicode_get_utf8_size_full(mixed, 0), 0);
-    EXPECT_EQ(xg_unicode_get_utf8_size_full(mixed, -1), 0);
-    EXPECT_EQ(xg_unicode_get_utf8_size_full(nullptr, 5), 0);
-}
-
-TEST(Unicode, EncodeRoundTripsEveryUnit) {
-    // Every non-zero unit encodes to its computed size and decodes back.
+TEST(Unicode, EveryUnitEncodesToOneTwoOrThreeBytesThatDecodeBack) {
     for (uint32_t u = 1; u <= 0xFFFF; ++u) {
-        const uint16_t str[] = {static_cast<uint16_t>(u), 0};
-        char out[4] = {1, 1, 1, 1};
-        const int32_t n = xg_unicode_encode_utf8(str, out);
-        ASSERT_EQ(n, xg_unicode_get_utf8_size(str)) << u;
-        ASSERT_EQ(out[n], 0) << u;
-        int32_t pos = 0;
-        ASSERT_EQ(xg_utf8_get_next(out, &pos), u) << u;
-        ASSERT_EQ(pos, n) << u;
+        const uint16_t str[] = {uint16_t(u), 0};
+        char out[4];
+        int32_t n = xg_unicode_encode_utf8(str, out), pos = 0;
+        const int32_t bytes = u < 0x80 ? 1 : u < 0x800 ? 2 : 3;
+        ASSERT_EQ(std::pair(n, xg_unicode_get_utf8_size(str)), std::pair(bytes, bytes)) << u;
+        const uint32_t back = xg_utf8_get_next(out, &pos);
+        ASSERT_EQ(std::tuple(back, pos, out[n]), std::tuple(u, n, '\0')) << u;
     }
 }
 
-TEST(Unicode, EncodeFullTakesExactlyNUnits) {
+TEST(Unicode, SizeStopsAtTheTerminatorButEncodingTakesExactlyNUnits) {
     const uint16_t str[] = {'a', 0xE9, 0, 'z', 0};
-    char out[16];
-    std::memset(out, 0x55, sizeof out);
-    EXPECT_EQ(xg_unicode_encode_utf8_full(str, 2, out), 3);
-    EXPECT_EQ(std::string(out), "a\xC3\xA9");
-    // Past the terminator: the zero unit and what follows are encoded.
+    for (auto [n, size] : {std::pair(2, 3), std::pair(9, 3), std::pair(0, 0), std::pair(-1, 0)})
+        EXPECT_EQ(xg_unicode_get_utf8_size_full(str, n), size) << n;
+    EXPECT_EQ(xg_unicode_get_utf8_size(nullptr), 0);
+    EXPECT_EQ(xg_unicode_get_utf8_size_full(nullptr, 5), 0);
+    char out[8];
     EXPECT_EQ(xg_unicode_encode_utf8_full(str, 4, out), 5);
-    EXPECT_EQ(std::memcmp(out, "a\xC3\xA9\0z\0", 6), 0);
+    EXPECT_EQ(std::string(out, 6), std::string("a\xC3\xA9\0z\0", 6));
     std::memset(out, 0x55, sizeof out);
-    EXPECT_EQ(xg_unicode_encode_utf8_full(str, 0, out), 0);
-    EXPECT_EQ(out[0], 0);
-    EXPECT_EQ(out[1], 0x55);
     EXPECT_EQ(xg_unicode_encode_utf8_full(str, -4, out), 0);
-    EXPECT_EQ(xg_unicode_encode_utf8(str, out), 3);
-}
-
-TEST(Unicode, DebugStringIsReplacedByTheNextCall) {
-    const uint16_t euro[] = {0x20AC, '1', 0};
-    const char *first = xg_unicode_to_utf8_for_debug(euro);
-    EXPECT_STREQ(first, "\xE2\x82\xAC" "1");
-    const uint16_t empty[] = {0};
-    EXPECT_STREQ(xg_unicode_to_utf8_for_debug(empty), "");
-    EXPECT_STREQ(xg_unicode_to_utf8_for_debug(nullptr), "");
-    const uint16_t a[] = {'a', 0};
-    EXPECT_STREQ(xg_unicode_to_utf8_for_debug(a), "a");
+    EXPECT_EQ(std::string(out, 2), std::string("\0\x55", 2));
+    // The debug form is the same bytes, in a buffer the next call replaces.
+    EXPECT_STREQ(xg_unicode_to_utf8_for_debug(str), "a\xC3\xA9");
     EXPECT_STREQ(xg_unicode_to_utf8_for_debug(nullptr), "");
 }
 
-TEST(Unicode, LengthDupAndNdup) {
-    const uint16_t str[] = {'a', 'b', 'c', 0};
-    EXPECT_EQ(xg_unicode_len(str), 3);
+TEST(Unicode, DupNdupAndConcatMakeNewStrings) {
+    const Text abc = terminated({'a', 'b', 'c'});
+    EXPECT_EQ(take(xg_unicode_dup(abc.data())), (Text{'a', 'b', 'c'}));
+    for (int32_t n : {-1, 0, 2, 3, 9}) {
+        const Text head(abc.begin(), abc.begin() + std::clamp(n, 0, 3));
+        EXPECT_EQ(take(xg_unicode_ndup(abc.data(), n)), head) << n;
+    }
     EXPECT_EQ(xg_unicode_len(nullptr), 0);
-    Wide dup(xg_unicode_dup(str));
-    EXPECT_NE(dup.str, str);
-    EXPECT_EQ(dup.units(), (Units{'a', 'b', 'c'}));
     EXPECT_EQ(xg_unicode_dup(nullptr), nullptr);
-    const struct {
-        int32_t n;
-        Units units;
-    } cases[] = {{-1, {}}, {0, {}}, {2, {'a', 'b'}}, {3, {'a', 'b', 'c'}}, {9, {'a', 'b', 'c'}}};
-    for (const auto &c : cases) {
-        Wide copy(xg_unicode_ndup(str, c.n));
-        ASSERT_NE(copy.str, nullptr);
-        EXPECT_EQ(copy.units(), c.units) << c.n;
-    }
     EXPECT_EQ(xg_unicode_ndup(nullptr, 3), nullptr);
-}
-
-TEST(Unicode, ConcatGrowsTheFirstString) {
-    const uint16_t tail[] = {'c', 'd', 0};
-    uint16_t *str = xg_unicode_ndup(tail, 1);
-    str = xg_unicode_concat(str, tail);
-    EXPECT_EQ(Wide(str).units(), (Units{'c', 'c', 'd'}));
     // A null first string is an empty one; a null second appends nothing.
-    uint16_t *fresh = xg_unicode_concat(nullptr, tail);
-    fresh = xg_unicode_concat(fresh, nullptr);
-    EXPECT_EQ(Wide(fresh).units(), (Units{'c', 'd'}));
+    uint16_t *str = xg_unicode_concat(xg_unicode_concat(nullptr, abc.data()), nullptr);
+    EXPECT_EQ(take(xg_unicode_concat(str, abc.data() + 1)), (Text{'a', 'b', 'c', 'b', 'c'}));
 }
 
-TEST(Unicode, CompareSubtractsTheFirstDifferingUnits) {
-    const struct {
-        Units a, b;
-        int expected;
-    } cases[] = {
-        {{'a', 'b'}, {'a', 'b'}, 0},
-        {{'a', 'b'}, {'a', 'c'}, -1},
-        {{'a', 'b', 'c'}, {'a', 'b'}, 'c'},
-        {{'a'}, {'a', 'z'}, -'z'},
-        {{0xFFFF}, {1}, 0xFFFE},
-        {{}, {}, 0},
+TEST(Unicode, CompareSubtractsTheFirstDifferingUnitsAndLatinTestsTheLow16Bits) {
+    const struct { Text a, b; int expected; } cases[] = {
+        {{'a', 'b'}, {'a', 'b'}, 0}, {{'a', 'b'}, {'a', 'c'}, -1},
+        {{'a', 'b', 'c'}, {'a', 'b'}, 'c'}, {{'a'}, {'a', 'z'}, -'z'},
+        {{0xFFFF}, {1}, 0xFFFE}, {{}, {}, 0},
     };
-    for (const auto &c : cases) {
-        const Units a = terminated(c.a), b = terminated(c.b);
-        EXPECT_EQ(xg_unicode_cmp(a.data(), b.data()), c.expected);
-    }
-}
-
-TEST(Unicode, LatinTestsTheLow16Bits) {
-    EXPECT_TRUE(xg_unicode_is_latin(0));
-    EXPECT_TRUE(xg_unicode_is_latin(0xFF));
-    EXPECT_FALSE(xg_unicode_is_latin(0x100));
-    EXPECT_FALSE(xg_unicode_is_latin(0x1FF));
-    EXPECT_TRUE(xg_unicode_is_latin(0x100FF));
+    for (const auto &c : cases)
+        EXPECT_EQ(xg_unicode_cmp(terminated(c.a).data(), terminated(c.b).data()), c.expected);
+    for (uint32_t ch : {0u, 0xFFu, 0x100FFu}) EXPECT_TRUE(xg_unicode_is_latin(ch)) << ch;
+    for (uint32_t ch : {0x100u, 0x1FFu}) EXPECT_FALSE(xg_unicode_is_latin(ch)) << ch;
 }
 
 }  // namespace
+}  // namespace fbc_test
