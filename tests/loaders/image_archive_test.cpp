@@ -39,8 +39,7 @@ TEST_F(ImageArchive, StoredPngLoadsExactlyAsThePlainFile) {
     xc_image *reference = xc_image_new_from_file(plain.c_str());
     testing::internal::GetCapturedStdout();
     ASSERT_TRUE(stored && reference);
-    EXPECT_EQ(xc_image_load_data(stored), 4);
-    EXPECT_EQ(xc_image_load_data(reference), 4);
+    EXPECT_EQ(std::make_pair(xc_image_load_data(stored), xc_image_load_data(reference)), std::make_pair(4, 4));
     EXPECT_EQ(fbc_test::pixels(stored), fbc_test::pixels(reference));
     xc_image_unref(stored);
     xc_image_unref(reference);

@@ -10,23 +10,13 @@ protected:
         unsetenv("CANVAS_IMAGE_LOADER");
         ScratchDir::SetUp();
     }
-    // A 2 x 1 WBMP: white then black.
-    std::string wbmp(const std::string &name) { return write(name, {0, 0, 2, 1, 0x80}); }
 };
 
-TEST_F(FileFrontEnd, RegistryListsTheBuiltInLoadersInOrder) {
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(xc_image_new_from_file(path("none.xyz").c_str()), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "loaders[0] ext = jpg\nloaders[1] ext = png\nloaders[2] ext = bmp\n"
-              "loaders[3] ext = wbmp\nloaders[4] ext = gif\n"
-              "file(" + path("none.xyz") + ") load failed: unsupported suffix xyz\n");
-}
-
 TEST_F(FileFrontEnd, UnloadableNamesGiveNullWithTheirMessage) {
-    xc_image_new_from_file("warm.xyz");  // registry lines out of the way
-    const std::string gz = path("archive.wbmp.gz"), jpeg = path("missing.JPEG");
+    const std::string xyz = path("none.xyz"), gz = path("archive.wbmp.gz"), jpeg = path("missing.JPEG");
     const std::pair<std::string, std::string> rows[] = {
+        {xyz, "loaders[0] ext = jpg\nloaders[1] ext = png\nloaders[2] ext = bmp\nloaders[3] ext = wbmp\n"
+              "loaders[4] ext = gif\nfile(" + xyz + ") load failed: unsupported suffix xyz\n"},  // the registry, once
         {gz, "file(" + gz + ") load failed: unsupported suffix gz\n"},  // the last dot counts
         {jpeg, "jpeg file(" + jpeg + ") load failed\nfile(" + jpeg + ") load failed\n"},  // the suffix as listed
         {path("no_suffix"), ""}};
@@ -39,18 +29,16 @@ TEST_F(FileFrontEnd, UnloadableNamesGiveNullWithTheirMessage) {
 }
 
 TEST_F(FileFrontEnd, FileLoadsInTwoStagesAsACachedStillImage) {
-    const std::string name = wbmp("small.WbMp");  // suffixes match ignoring case
+    const std::string name = write("small.WbMp", {0, 0, 2, 1, 0x80});  // white, black; suffixes match ignoring case
     xc_image *image = xc_image_new_from_file(name.c_str());
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(std::make_tuple(image->loader, image->type_name, image->width, image->data),
               std::make_tuple(&wbmp_loader, wbmp_loader.name, 2, nullptr));  // the loader's own name pointer
-    EXPECT_STREQ(image->filename, name.c_str());
-    EXPECT_NE(image->filename, name.c_str());
+    EXPECT_TRUE(image->filename != name.c_str() && name == image->filename);  // a copy
     EXPECT_EQ(xc_image_load_data(image), 0);
     EXPECT_EQ(fbc_test::pixels(image), (std::vector<uint32_t>{0xFFFFFFFFu, 0xFF000000u}));
-    int32_t delay = -5, x, y, w, h;
+    int32_t delay, x, y, w, h;
     EXPECT_EQ(xc_image_next_frame(image, &delay, &x, &y, &w, &h), -1);
-    EXPECT_EQ(delay, -5);
     EXPECT_EQ(xc_image_get_delay(image), -1);
     // A second request returns the cached record without loading.
     std::filesystem::remove(name);
@@ -60,44 +48,52 @@ TEST_F(FileFrontEnd, FileLoadsInTwoStagesAsACachedStillImage) {
     xc_image_unref(image);
 }
 
-TEST_F(FileFrontEnd, ImagesWithPixelsOrWithoutLoaderNeedNoLoading) {
-    xc_image *canvas = xc_image_create(2, 2), *empty = xc_image_new();
+TEST_F(FileFrontEnd, LoadResultsAreAsymmetric) {
+    xc_image *canvas = xc_image_create(2, 2), *bare = xc_image_new();
     uint8_t *pixels = canvas->data;
+    // Images with pixels or without a loader need no loading.
     EXPECT_EQ(xc_image_load_data(canvas), 0);
     EXPECT_EQ(xc_image_load_data_rescaled(canvas, 1, 1), 0);
-    EXPECT_EQ(canvas->data, pixels);
-    EXPECT_EQ(xc_image_load_data(empty), 0);
-    EXPECT_EQ(empty->data, nullptr);
+    EXPECT_EQ(xc_image_load_data(bare), 0);
+    EXPECT_EQ(std::make_pair(canvas->data, bare->data), std::make_pair(pixels, static_cast<uint8_t *>(nullptr)));
     int32_t delay, x, y, w, h;
-    EXPECT_EQ(xc_image_next_frame(canvas, &delay, &x, &y, &w, &h), -1);
-    EXPECT_EQ(xc_image_get_delay(canvas), -1);
-    xc_image_unref(canvas);
-    xc_image_unref(empty);
-}
-
-TEST_F(FileFrontEnd, LoadResultsAreAsymmetric) {
-    const std::string name = wbmp("vanishing.wbmp");
+    EXPECT_EQ(std::make_pair(xc_image_next_frame(canvas, &delay, &x, &y, &w, &h), xc_image_get_delay(canvas)),
+              std::make_pair(-1, -1));
+    // A failing loader: load_data says so, the rescaled load shows it only by leaving no pixels.
+    const std::string name = write("vanishing.wbmp", {0, 0, 1, 1, 0});
     xc_image *image = xc_image_new_from_file(name.c_str());
     ASSERT_NE(image, nullptr);
     std::filesystem::remove(name);
     testing::internal::CaptureStderr();
     EXPECT_EQ(xc_image_load_data(image), -1);
-    EXPECT_EQ(xc_image_load_data_rescaled(image, 1, 1), 0);  // failure shows as no pixels
+    EXPECT_EQ(xc_image_load_data_rescaled(image, 1, 1), 0);
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(image->data, nullptr);
     xc_image_unref(image);
+    xc_image_unref(canvas);
+    xc_image_unref(bare);
 }
 
-TEST_F(FileFrontEnd, EachLoaderReportsAMissingFileInItsOwnWords) {
-    const std::string file = path("absent.img"), absent = "Couldn't load '" + file + "' image:No such file or directory\n";
-    const std::tuple<xc_image_loader *, std::string, std::string> rows[] = {  // loader, info's and data's words
-        {&jpeg_loader, "", absent},
-        {&png_loader, absent, absent},  // after looking in the archive
-        {&gif_loader, absent, absent},
-        {&wbmp_loader, "fopen() error filename = " + file + "\n", "xc_wbmp_load:" + file + ":No such file or directory\n"},
-        {&bmp_loader, "", ""}};
-    for (const auto &[loader, info_words, data_words] : rows) {
-        SCOPED_TRACE(loader->name);
+// Missing files, and absurd sizes refused before anything is allocated.
+TEST_F(FileFrontEnd, EachLoaderReportsFailuresInItsOwnWords) {
+    const std::string none = path("absent.img"), enoent = ":No such file or directory\n";
+    const std::string absent = "Couldn't load '" + none + "' image" + enoent;
+    const auto huge = [](xc_image_loader *loader, const std::string &size) {
+        const std::string codec = loader->name, file = FBC_CORPUS_DIR "/bad/" + codec + "/huge-dimensions." + codec;
+        const std::string words = codec + ": file(" + file + ") has unusable size " + size + "\n";
+        return std::make_tuple(loader, file, words, words);
+    };
+    // The loader, the file, and what load_info and load_data print.
+    const std::tuple<xc_image_loader *, std::string, std::string, std::string> rows[] = {
+        {&jpeg_loader, none, "", absent},
+        {&png_loader, none, absent, absent},  // after looking in the archive
+        {&gif_loader, none, absent, absent},
+        {&wbmp_loader, none, "fopen() error filename = " + none + "\n", "xc_wbmp_load:" + none + enoent},
+        {&bmp_loader, none, "", ""},
+        huge(&bmp_loader, "2147483647x2147483647"), huge(&gif_loader, "65535x65535"),
+        huge(&wbmp_loader, "16777215x16777215")};
+    for (const auto &[loader, file, info_words, data_words] : rows) {
+        SCOPED_TRACE(file);
         xc_image *image = xc_image_new();
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -107,6 +103,7 @@ TEST_F(FileFrontEnd, EachLoaderReportsAMissingFileInItsOwnWords) {
         EXPECT_EQ(loader->load_data(image, file.c_str()), -1);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), data_words);
         testing::internal::GetCapturedStdout();
+        EXPECT_EQ(image->data, nullptr);
         xc_image_unref(image);
     }
 }

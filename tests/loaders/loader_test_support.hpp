@@ -58,8 +58,9 @@ inline std::vector<uint32_t> pixels(const xc_image *image) {
     return words;
 }
 
-// The alpha marks (format, has_alpha): 0, 1 for premultiplied alpha; 1, 0 opaque.
+// The alpha marks (format, has_alpha): 0, 1 for premultiplied alpha; 1, 0 when opaque.
 inline std::pair<uint32_t, uint32_t> alpha_marks(const xc_image *image) { return {image->format, image->has_alpha}; }
+inline std::pair<uint32_t, uint32_t> alpha_marks(bool alpha) { return {alpha ? 0u : 1u, alpha ? 1u : 0u}; }
 
 // Whether each byte of two colour words differs by at most `tolerance`.
 inline bool channels_within(uint32_t got, uint32_t want, int tolerance) {

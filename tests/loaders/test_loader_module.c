@@ -17,16 +17,14 @@ static int mod_load_info(xc_image *image, const char *filename) {
 
 // Every pixel holds the colour 0xFF000000 | width << 8 | height.
 static int mod_load_data_rescaled(xc_image *image, const char *filename, int32_t width, int32_t height) {
-    int32_t i;
     uint32_t *pixels = width > 0 && height > 0 ? malloc((size_t)width * (size_t)height * 4) : NULL;
     (void)filename;
     if (!pixels) return -1;
-    for (i = 0; i < width * height; ++i) pixels[i] = 0xFF000000u | (uint32_t)width << 8 | (uint32_t)height;
+    for (int32_t i = 0; i < width * height; ++i) pixels[i] = 0xFF000000u | (uint32_t)width << 8 | (uint32_t)height;
     image->data = (uint8_t *)pixels;
     image->width = width;
     image->height = height;
     image->rowstride = width * 4;
-    image->format = 1;
     return 0;
 }
 
