@@ -70,6 +70,9 @@ void expect_alpha_flags(const xc_image *image, const CorpusRow &row, const std::
     EXPECT_EQ(fbc_test::alpha_marks(image), fbc_test::alpha_marks(marked));
 }
 
+// gtest names a row by its path.
+void PrintTo(const CorpusRow &row, std::ostream *out) { *out << row.path; }
+
 class CorpusFile : public testing::TestWithParam<CorpusRow> {};
 
 TEST_P(CorpusFile, LoadsAsTheManifestSays) {

@@ -58,9 +58,7 @@ TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
     ASSERT_NE(image, nullptr);
     // Disposal to background can make pixels clear: the image is marked as having alpha.
     EXPECT_TRUE(image->is_ani && image->no_cache && image->format == 0);
-    xc_image *copy = xc_image_new_from_file(file.c_str());
-    EXPECT_NE(copy, image);  // animations are never shared
-    xc_image_unref(copy);
+    EXPECT_EQ(xc_image_lookup_in_cache(file.c_str()), nullptr);  // animations are never shared
     EXPECT_EQ(xc_image_get_delay(image), -1);
     // Delays of 10 ms or less play as 100. The changed area includes what the
     // last frame's disposal undid. Nothing is loaded yet: the first step decodes frame 0 first.
@@ -76,6 +74,17 @@ TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
         EXPECT_EQ(std::make_tuple(index, delay, x, y, w, h, screen(image)), step);
         EXPECT_EQ(xc_image_get_delay(image), delay);
     }
+    xc_image_unref(image);
+}
+
+TEST_F(GifCodec, FirstFrameLeavingPixelsUncoveredMarksAlpha) {
+    const std::string file = path("partial.gif");
+    write_gif(file, 3, 1, {{1, 0, 2, 1, "GR", DISPOSE_DO_NOT, 7}});
+    xc_image *image = xc_image_new_from_file(file.c_str());
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(fbc_test::alpha_marks(image), fbc_test::alpha_marks(true));
+    ASSERT_EQ(xc_image_load_data(image), 0);
+    EXPECT_EQ(screen(image), ".GR");
     xc_image_unref(image);
 }
 

@@ -76,8 +76,7 @@ TEST_F(ImageArchive, LaterNameWinsOffsetZeroIsNeverFoundAndACutIndexKeepsItsEntr
 TEST_F(ImageArchive, DirectoriesWithoutUsableArchiveFailQuietlyAfterTheFirstLookup) {
     const std::tuple<std::string, std::vector<uint8_t>, std::string> rows[] = {  // no content: no archive
         {"none", {}, " has not img.ar\n"},
-        {"wrong", archive({{"a.png", {1}}}, "IMGARCH1"), "\nnot our archive"},
-        {"short", {'I', 'M', 'G'}, "\nnot our archive"}};
+        {"wrong", archive({{"a.png", {1}}}, "IMGARCH1"), "\nnot our archive"}};
     for (const auto &[name, content, tail] : rows) {
         const std::string folder = path(name) + "/";
         std::filesystem::create_directory(folder);

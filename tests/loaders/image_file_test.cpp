@@ -1,18 +1,13 @@
-// The file front end with the built-in loaders only (CANVAS_IMAGE_LOADER
-// unset): suffix choice, messages, caching, the asymmetric load results.
+// The file front end with the built-in loaders: suffix choice, messages,
+// caching, the asymmetric load results, each loader's failure messages.
 #include "loader_test_support.hpp"
 
 namespace {
 
-class FileFrontEnd : public fbc_test::ScratchDir {
-protected:
-    void SetUp() override {
-        unsetenv("CANVAS_IMAGE_LOADER");
-        ScratchDir::SetUp();
-    }
-};
+using FileFrontEnd = fbc_test::ScratchDir;
 
 TEST_F(FileFrontEnd, UnloadableNamesGiveNullWithTheirMessage) {
+    unsetenv("CANVAS_IMAGE_LOADER");  // the built-in loaders only
     const std::string xyz = path("none.xyz"), gz = path("archive.wbmp.gz"), jpeg = path("missing.JPEG");
     const std::pair<std::string, std::string> rows[] = {
         {xyz, "loaders[0] ext = jpg\nloaders[1] ext = png\nloaders[2] ext = bmp\nloaders[3] ext = wbmp\n"

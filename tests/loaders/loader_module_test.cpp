@@ -6,13 +6,7 @@
 
 namespace {
 
-class LoaderModule : public fbc_test::ScratchDir {
-protected:
-    void SetUp() override {
-        ScratchDir::SetUp();
-        setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
-    }
-};
+using LoaderModule = fbc_test::ScratchDir;
 
 TEST(LoaderModuleRegistry, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
     const std::string missing = "/nonexistent/loader.so", no_record = FBC_NO_RECORD_MODULE;
@@ -38,6 +32,7 @@ TEST(LoaderModuleRegistry, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
 }
 
 TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixAndItsRefusalsFallThrough) {
+    setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
     xc_image *image = xc_image_new_from_file(path("photo.png").c_str());  // builds the registry
     ASSERT_NE(image, nullptr);
     EXPECT_STREQ(image->type_name, "mod");
@@ -57,6 +52,7 @@ TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixAndItsRefusalsFallThrough) 
 }
 
 TEST_F(LoaderModule, RescaledLoadUsesTheModuleOperationAndAlwaysReturnsZero) {
+    setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
     xc_image *image = xc_image_new_from_file("scaled.mod");
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(xc_image_load_data_rescaled(image, 0, 4), 0);  // the module refuses 0 x 4
