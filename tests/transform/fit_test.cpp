@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "fbcompose/transform.h"
-#include "images.hpp"
+#include "drawn.hpp"
 
 namespace {
 
+using test::Image;
 using test::Words;
 
 std::string geometry(int sx, int sy, int sw, int sh, int dx, int dy, int dw, int dh) {
@@ -16,6 +16,13 @@ std::string geometry(int sx, int sy, int sw, int sh, int dx, int dy, int dw, int
                   "h = %d\n",
                   sx, sy, sw, sh, dx, dy, dw, dh);
     return line;
+}
+
+// The fitted image and the debug line printed on the way.
+std::pair<Image, std::string> fit(xc_image *src, int32_t w, int32_t h, const char *mode) {
+    testing::internal::CaptureStdout();
+    Image out{xc_image_fit_size(src, w, h, mode)};
+    return {std::move(out), testing::internal::GetCapturedStdout()};
 }
 
 TEST(FitSize, GeometryOfEveryModeIsPrintedOnTheDebugLine) {
@@ -40,72 +47,47 @@ TEST(FitSize, GeometryOfEveryModeIsPrintedOnTheDebugLine) {
         {400, 100, 200, 100, "stretch", geometry(100, 0, 200, 100, 0, 0, 200, 100)},
     };
     for (const auto &c : cases) {
-        xc_image *src = test::canvas(c.w0, c.h0, 0xFFFFFFFFu);
-        testing::internal::CaptureStdout();
-        xc_image *fit = xc_image_fit_size(src, c.w, c.h, c.mode);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.line) << (c.mode ? c.mode : "null");
-        ASSERT_NE(fit, nullptr);
-        EXPECT_EQ(fit->width, c.w);
-        EXPECT_EQ(fit->height, c.h);
-        EXPECT_EQ(fit->has_alpha, 0u);
-        EXPECT_EQ(fit->no_cache, 1u);
-        EXPECT_EQ(fit->ref, 1);
-        xc_image_unref(fit);
-        xc_image_unref(src);
+        const Image src = test::canvas(c.w0, c.h0, 0xFFFFFFFFu);
+        const auto [out, line] = fit(src.get(), c.w, c.h, c.mode);
+        EXPECT_EQ(line, c.line) << (c.mode ? c.mode : "null");
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ((std::array{out->width, out->height, out->ref, int(out->has_alpha), int(out->no_cache)}),
+                  (std::array{c.w, c.h, 1, 0, 1}));
     }
 }
 
-TEST(FitSize, MatteBarsAreOpaqueBlack) {
-    xc_image *src = test::canvas(200, 100, 0xFF336699u);
-    testing::internal::CaptureStdout();
-    xc_image *fit = xc_image_fit_size(src, 100, 100, "matte");
-    testing::internal::GetCapturedStdout();
-    for (int32_t y : {0, 24, 75, 99}) EXPECT_EQ(test::row(fit, y), Words(100, 0xFF000000u)) << y;
-    for (int32_t y : {25, 50, 74}) EXPECT_EQ(test::row(fit, y), Words(100, 0xFF336699u)) << y;
-    xc_image_unref(fit);
-    xc_image_unref(src);
-}
-
-TEST(FitSize, MatteBothCentresASmallSourceUnscaled) {
-    xc_image *src = test::painted(5, 4, [](int x, int y) { return 0xFF000000u | uint32_t(y * 5 + x + 1); });
-    testing::internal::CaptureStdout();
-    xc_image *fit = xc_image_fit_size(src, 9, 8, "matte-both");
-    testing::internal::GetCapturedStdout();
-    EXPECT_EQ(test::at(fit, 1, 1), 0xFF000000u);
-    EXPECT_EQ(test::at(fit, 2, 2), 0xFF000001u);
-    EXPECT_EQ(test::at(fit, 6, 5), 0xFF000014u);
-    EXPECT_EQ(test::at(fit, 7, 6), 0xFF000000u);
-    xc_image_unref(fit);
-    xc_image_unref(src);
+TEST(FitSize, MatteBarsAreOpaqueBlackAndASmallSourceIsCentredUnscaled) {
+    const Image src = test::canvas(200, 100, 0xFF336699u);
+    const Image bars = fit(src.get(), 100, 100, "matte").first;
+    for (int32_t y : {0, 24, 75, 99}) EXPECT_EQ(test::row(bars.get(), y), Words(100, 0xFF000000u)) << y;
+    for (int32_t y : {25, 50, 74}) EXPECT_EQ(test::row(bars.get(), y), Words(100, 0xFF336699u)) << y;
+    const Image small = test::painted(5, 4, [](int x, int y) { return 0xFF000000u | uint32_t(y * 5 + x + 1); });
+    const Image centred = fit(small.get(), 9, 8, "matte-both").first;
+    EXPECT_EQ(test::at(centred.get(), 1, 1), 0xFF000000u);
+    EXPECT_EQ(test::at(centred.get(), 2, 2), 0xFF000001u);
+    EXPECT_EQ(test::at(centred.get(), 6, 5), 0xFF000014u);
+    EXPECT_EQ(test::at(centred.get(), 7, 6), 0xFF000000u);
 }
 
 TEST(FitSize, SourceWithoutPixelsGivesBlackAfterTheDebugLine) {
-    xc_image *src = xc_image_new();
-    src->width = 10;
-    src->height = 10;
-    testing::internal::CaptureStdout();
-    xc_image *fit = xc_image_fit_size(src, 4, 4, "distort");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), geometry(0, 0, 10, 10, 0, 0, 4, 4));
-    EXPECT_EQ(test::all(fit), Words(16, 0xFF000000u));
-    xc_image_unref(fit);
-    xc_image_unref(src);
+    const Image src{xc_image_new()};
+    src->width = src->height = 10;
+    const auto [out, line] = fit(src.get(), 4, 4, "distort");
+    EXPECT_EQ(line, geometry(0, 0, 10, 10, 0, 0, 4, 4));
+    EXPECT_EQ(test::all(out.get()), Words(16, 0xFF000000u));
 }
 
 TEST(FitSize, SizesThatWouldDivideByZeroAreRefused) {
-    xc_image *src = test::canvas(10, 10, 0u);
-    xc_image *empty = xc_image_new();
+    const Image src = test::canvas(10, 10, 0u), empty{xc_image_new()};
     const struct {
         xc_image *src;
         int32_t w, h;
-    } cases[] = {{src, 0, 10}, {src, 10, 0}, {src, -5, 10}, {empty, 10, 10}};
+    } cases[] = {{src.get(), 0, 10}, {src.get(), 10, 0}, {src.get(), -5, 10}, {empty.get(), 10, 10}};
     for (const auto &c : cases) {
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(xc_image_fit_size(c.src, c.w, c.h, "matte"), nullptr);
-        EXPECT_NE(testing::internal::GetCapturedStdout().find("xc_image_fit_size: bad size"),
-                  std::string::npos);
+        const auto [out, line] = fit(c.src, c.w, c.h, "matte");
+        EXPECT_EQ(out, nullptr);
+        EXPECT_NE(line.find("xc_image_fit_size: bad size"), std::string::npos) << c.w << "x" << c.h;
     }
-    xc_image_unref(empty);
-    xc_image_unref(src);
 }
 
 }  // namespace
