@@ -83,7 +83,7 @@ TEST(DamageBands, HandDrawnGrids) {
         const char *grid;
         Rects bands;
     } cases[] = {
-        {"....... ...#... .......", {{48, 16, 16, 16}}}, {"####### ####### .......", {{0, 0, 112, 32}}},
+        {"....... ...#... .......", {{48, 16, 16, 16}}}, {"####### #######", {{0, 0, 112, 32}}},
         // Asymmetric: the tile right of the run is not examined, one two past
         // it stops the band, and so does the tile left of the run.
         {"##.. ###.", {{0, 0, 32, 32}, {32, 16, 16, 16}}},

@@ -2,49 +2,44 @@
 
 #include "drawn.hpp"
 #include "fbcompose/draw.h"
-#include "fbcompose/pixel.h"
 
 namespace {
 
-using test::Image;
-using test::kWhite;
-using test::Words;
+using namespace test;
 using Corners = std::array<int32_t, 4>;
 
 TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
-    struct Case { xg_area src, dst, clip; Corners want_src, want_dst, want_clip; int result; };
+    struct Case { xg_area src, dst, clip; Corners src_to, dst_to, clip_to; int result; };
+    const xg_area big{0, 0, 99, 99};
     const Case cases[] = {
         // Left overhang at 2:1, top overhang at 1:2.
-        {{-10, 0, 10, 10}, {0, 0, 40, 20}, {0, 0, 99, 99}, {0, 0, 10, 10}, {20, 0, 40, 20},
-         {20, 0, 40, 20}, 1},
-        {{0, -4, 10, 6}, {0, 0, 10, 5}, {0, 0, 99, 99}, {0, 0, 10, 6}, {0, 2, 10, 5}, {0, 2, 10, 5}, 1},
+        {{-8, 0, 10, 10}, {0, 0, 36, 20}, big, {0, 0, 10, 10}, {16, 0, 36, 20}, {16, 0, 36, 20}, 1},
+        {{0, -4, 10, 6}, {0, 0, 10, 5}, big, {0, 0, 10, 6}, {0, 2, 10, 5}, {0, 2, 10, 5}, 1},
         // Right and bottom overhang of the 16 x 12 source.
-        {{10, 10, 30, 30}, {0, 0, 40, 40}, {0, 0, 99, 99}, {10, 10, 16, 12}, {0, 0, 12, 4},
-         {0, 0, 12, 4}, 1},
+        {{10, 10, 30, 30}, {0, 0, 40, 40}, big, {10, 10, 16, 12}, {0, 0, 12, 4}, {0, 0, 12, 4},
+         1},
         // The factor is truncated: 4 / 3 moves the edge by one pixel, not two.
-        {{-1, 0, 2, 1}, {0, 0, 4, 1}, {0, 0, 99, 99}, {0, 0, 2, 1}, {1, 0, 4, 1}, {1, 0, 4, 1}, 1},
+        {{-1, 0, 2, 1}, {0, 0, 4, 1}, big, {0, 0, 2, 1}, {1, 0, 4, 1}, {1, 0, 4, 1}, 1},
         // The clip is crossed with the destination; missing it returns 0.
-        {{0, 0, 4, 4}, {0, 0, 4, 4}, {10, 10, 20, 20}, {0, 0, 4, 4}, {0, 0, 4, 4}, {10, 10, 4, 4}, 0},
+        {{0, 0, 4, 4}, {0, 0, 4, 4}, {9, 9, 20, 20}, {0, 0, 4, 4}, {0, 0, 4, 4}, {9, 9, 4, 4}, 0},
         {{0, 0, 4, 4}, {2, 2, 6, 6}, {0, 0, 5, 99}, {0, 0, 4, 4}, {2, 2, 6, 6}, {2, 2, 5, 6}, 1},
     };
-    const Image src = test::canvas(16, 12, 0u);
+    const Image src = canvas(16, 12, 0u);
     for (const Case &c : cases) {
         xg_area s = c.src, d = c.dst, k = c.clip;
         EXPECT_EQ(xc_scale_handle_clip(src.get(), nullptr, &k, &s, &d), c.result);
-        EXPECT_EQ((std::array{test::corners(s), test::corners(d), test::corners(k)}),
-                  (std::array{c.want_src, c.want_dst, c.want_clip}));
+        EXPECT_EQ((std::array{corners(s), corners(d), corners(k)}),
+                  (std::array{c.src_to, c.dst_to, c.clip_to}));
     }
 }
 
 TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
-    const struct {
-        uint32_t pixel, modulation, expected;
-    } cases[] = {
+    struct Case { uint32_t pixel, modulation, expected; };
+    const Case cases[] = {
         {0xFF102030, kWhite, 0xFF102030},
-        // Un-premultiplied by 256 / alpha, clamped at 255.
+        // Un-premultiplied by 256 / alpha, clamped at 255; alpha 0 draws nothing.
         {0x80402010, kWhite, 0x80804020},
         {0x80C80000, kWhite, 0x80FF0000},
-        // Alpha 0 draws nothing.
         {0x00FFFFFF, kWhite, 0},
         // White takes the modulation colour.
         {0xFFFFFFFF, 0xFF00FF00, 0xFF00FF00},
@@ -54,16 +49,15 @@ TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
         {0xFFC80000, 0xFF800000, 0xFE630000},
     };
     const xg_area clip{0, 0, 12, 12};
-    for (const auto &c : cases) {
-        const Image src = test::canvas(3, 3, Words{0, 0, 0, 0, c.pixel, 0, 0, 0, 0});
-        const Image dst = test::blank_alpha(12, 12);
+    for (const Case &c : cases) {
+        const Image src = canvas(3, 3, Words{0, 0, 0, 0, c.pixel, 0, 0, 0, 0});
+        const Image dst = blank_alpha(12, 12), want = blank_alpha(12, 12);
         xc_image_blit(src.get(), dst.get(), &clip, 1, 1, 1, 1, 1, 1, 10, 10, 0, c.modulation);
         // Colour c blended over transparent black stores its premultiplied
         // bytes: compare with the same fill drawn directly.
-        const Image want = test::blank_alpha(12, 12);
         xg_area area{1, 1, 11, 11};
         xc_rectangle_draw(want.get(), &clip, &area, c.expected);
-        EXPECT_EQ(test::all(dst.get()), test::all(want.get())) << std::hex << c.pixel;
+        EXPECT_EQ(all(dst.get()), all(want.get())) << std::hex << c.pixel;
     }
 }
 
@@ -74,60 +68,62 @@ TEST(BlitSingleColour, ReadsAThirtyTwoBitWordEvenFromASixteenBitImage) {
     // The word 0xFF123456 read at offset 0, premultiplied by the fill; a
     // position whose word lies past the pixel block draws nothing.
     for (const auto &[x, want] : {std::pair{0, 0xFF113355u}, {1, 0u}}) {
-        const Image dst = test::canvas(2, 2, 0u);
+        const Image dst = canvas(2, 2, 0u);
         xc_image_blit(src.get(), dst.get(), &clip, x, x, 1, 1, 0, 0, 2, 2, 0, kWhite);
-        EXPECT_EQ(test::all(dst.get()), Words(4, want)) << x;
+        EXPECT_EQ(all(dst.get()), Words(4, want)) << x;
     }
 }
 
 TEST(Blit, NothingForEmptyRectanglesMissingPixelsOrAMissedClip) {
-    const Image src = test::canvas(4, 4, 0xFF0000FFu);
-    const xg_area clip{0, 0, 4, 4};
-    const int32_t args[][8] = {
-        {0, 0, 0, 4, 0, 0, 4, 4},  {0, 0, 4, 0, 0, 0, 4, 4}, {0, 0, 4, 4, 0, 0, 0, 4},
-        {0, 0, 4, 4, 0, 0, 4, -1}, {0, 0, 4, 4, 4, 0, 4, 4}, {0, 0, 4, 4, -4, 0, 4, 4},
-        {0, 0, 4, 4, 0, 4, 4, 4},
-    };
-    for (const auto &a : args) {
-        const Image dst = test::canvas(4, 4, 0u);
-        xc_image_blit(src.get(), dst.get(), &clip, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], 0,
-                      kWhite);
-        EXPECT_EQ(test::all(dst.get()), Words(16, 0u)) << a[2] << "x" << a[3] << " at " << a[4];
-    }
-    const Image empty{xc_image_new()};
+    const Image src = canvas(4, 4, 0xFF0000FFu), empty{xc_image_new()};
     empty->width = empty->height = 4;
-    const Image dst = test::canvas(4, 4, 0u);
-    xc_image_blit(empty.get(), dst.get(), &clip, 0, 0, 4, 4, 0, 0, 8, 8, 1, kWhite);
-    EXPECT_EQ(test::all(dst.get()), Words(16, 0u));
+    const xg_area clip{0, 0, 4, 4};
+    // Source size, destination corner and size; the 8 x 8 one from an image
+    // without pixels.
+    const int32_t args[][6] = {{0, 4, 0, 0, 4, 4},  {4, 0, 0, 0, 4, 4}, {4, 4, 0, 0, 0, 4},
+                               {4, 4, 0, 0, 4, -1}, {4, 4, 4, 0, 4, 4}, {4, 4, -4, 0, 4, 4},
+                               {4, 4, 0, 4, 4, 4},  {4, 4, 0, 0, 8, 8}};
+    for (const auto &a : args) {
+        const Image dst = canvas(4, 4, 0u);
+        xc_image *from = a[4] == 8 ? empty.get() : src.get();
+        xc_image_blit(from, dst.get(), &clip, 0, 0, a[0], a[1], a[2], a[3], a[4], a[5], 1, kWhite);
+        EXPECT_EQ(all(dst.get()), Words(16, 0u)) << a[0] << "x" << a[1] << " at " << a[2];
+    }
 }
 
-TEST(Blit, DrawsTheClippedPartOfEachCase) {
+TEST(Blit, DrawsTheClippedPartWithTheDrawerForTheSizes) {
     constexpr uint32_t g100 = 0xFF646464, g200 = 0xFFC8C8C8;
-    struct Case { int32_t w, h; Words src; xg_rect s; int32_t dw, dh; xg_rect d; xg_area clip; Words want; };
+    struct Case { Words src; int32_t w; xg_rect s, d; xg_area clip; Words want; uint32_t mod; };
     const Case cases[] = {
         // No scale: the clipped part lands at the right offset.
-        {3, 2, {1, 2, 3, 4, 5, 6}, {0, 0, 3, 2}, 4, 3, {1, 1, 3, 2}, {2, 1, 4, 3},
-         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6}},
+        {{1, 2, 3, 4, 5, 6}, 3, {0, 0, 3, 2}, {1, 1, 3, 2}, {2, 1, 4, 3},
+         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6}, kWhite},
+        // Modulated by the modulating span function: red 128 x 255 >> 8 =
+        // 127, times alpha 127 >> 8 = 63; the canvas keeps alpha 0.
+        {{0xFF808080, 0xFF808080}, 2, {0, 0, 2, 1}, {0, 0, 2, 1}, {0, 0, 2, 1},
+         {0x3F0000, 0x3F0000}, 0x80FF0000},
         // One column interpolated down at step 0.5, each row filled; the
         // opaque source's alpha byte is kept from the previous working pixel.
-        {1, 2, {0xFF000000, g200}, {0, 0, 1, 2}, 2, 3, {0, 0, 2, 3}, {0, 0, 2, 3},
-         {0xFF000000, 0xFF000000, g100, g100, g200, g200}},
+        {{0xFF000000, g200}, 1, {0, 0, 1, 2}, {0, 0, 2, 3}, {0, 0, 2, 3},
+         {0xFF000000, 0xFF000000, g100, g100, g200, g200}, kWhite},
         // Equal heights copy each source row.
-        {1, 3, {1, 2, 3}, {0, 0, 1, 3}, 2, 3, {0, 0, 2, 3}, {0, 1, 2, 3}, {0, 0, 2, 2, 3, 3}},
+        {{1, 2, 3}, 1, {0, 0, 1, 3}, {0, 0, 2, 3}, {0, 1, 2, 3}, {0, 0, 2, 2, 3, 3}, kWhite},
         // One row interpolated once for all rows; an opaque source's alpha
         // byte is not interpolated, so the working pixel's initial 0 stays.
-        {3, 1, {0xFF000000, g100, g200}, {0, 0, 3, 1}, 5, 2, {0, 0, 5, 2}, {0, 0, 5, 2},
-         {0, 0x323232, 0x646464, 0x969696, 0xC8C8C8, 0, 0x323232, 0x646464, 0x969696, 0xC8C8C8}},
+        {{0xFF000000, g100, g200}, 3, {0, 0, 3, 1}, {0, 0, 5, 2}, {0, 0, 5, 2},
+         {0, 0x323232, 0x646464, 0x969696, 0xC8C8C8, 0, 0x323232, 0x646464, 0x969696, 0xC8C8C8},
+         kWhite},
         // Equal widths draw straight from the source.
-        {4, 2, {1, 2, 3, 4, 5, 6, 7, 8}, {1, 1, 3, 1}, 3, 3, {0, 0, 3, 3}, {1, 0, 3, 3},
-         {0, 7, 8, 0, 7, 8, 0, 7, 8}},
+        {{1, 2, 3, 4, 5, 6, 7, 8}, 4, {1, 1, 3, 1}, {0, 0, 3, 3}, {1, 0, 3, 3},
+         {0, 7, 8, 0, 7, 8, 0, 7, 8}, kWhite},
     };
     for (const Case &c : cases) {
-        const Image src = test::canvas(c.w, c.h, c.src);
-        const Image dst = test::canvas(c.dw, c.dh, 0u);
-        xc_image_blit(src.get(), dst.get(), &c.clip, c.s.x, c.s.y, c.s.w, c.s.h, c.d.x, c.d.y, c.d.w,
-                      c.d.h, 0, kWhite);
-        EXPECT_EQ(test::all(dst.get()), c.want) << c.w << "x" << c.h << " to " << c.d.w << "x" << c.d.h;
+        const Image src = canvas(c.w, int32_t(c.src.size()) / c.w, c.src);
+        const Image dst = canvas(c.d.x + c.d.w, c.d.y + c.d.h, 0u);
+        const xg_rect &s = c.s, &d = c.d;
+        xc_image_blit(src.get(), dst.get(), &c.clip, s.x, s.y, s.w, s.h, d.x, d.y, d.w, d.h, 0,
+                      c.mod);
+        EXPECT_EQ(all(dst.get()), c.want) << c.s.w << "x" << c.s.h << " to " << c.d.w;
     }
 }
 
@@ -135,94 +131,50 @@ TEST(Blit, DrawsTheClippedPartOfEachCase) {
 // pixels, so its single run leaves the last pixel of the last row unwritten.
 Image padded(uint32_t base) {
     Image image{xc_image_new_with_data(2, 2, nullptr, 1, 0, 0, 12)};
-    auto *w = reinterpret_cast<uint32_t *>(image->data);
-    for (uint32_t i = 0; i < 6; ++i) w[i] = base + i;
+    for (uint32_t i = 0; i < 6; ++i) reinterpret_cast<uint32_t *>(image->data)[i] = base + i;
     image->depth = 24;
     return image;
 }
 
 TEST(BlitNoScale, FullWidthBetweenLikeImagesIsOneRun) {
-    const Image src = padded(0xFF000000u), dst = padded(0), other = test::canvas(2, 2, 0u);
+    const Image src = padded(0xFF000000u), dst = padded(0), other = canvas(2, 2, 0u);
     const xg_area clip{0, 0, 2, 2};
     xc_image_blit(src.get(), dst.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
     const auto *d = reinterpret_cast<uint32_t *>(dst->data);
     EXPECT_EQ(Words(d, d + 6), (Words{0xFF000000, 0xFF000001, 0xFF000002, 0xFF000003, 4, 5}));
     // Unequal row pitches: row by row, padding untouched.
     xc_image_blit(src.get(), other.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
-    EXPECT_EQ(test::all(other.get()), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
-}
-
-TEST(BlitNoScale, ModulationUsesTheModulatingSpanFunction) {
-    const Image src = test::canvas(2, 1, 0xFF808080u), dst = test::canvas(2, 1, 0u);
-    const xg_area clip{0, 0, 2, 1};
-    xc_image_blit(src.get(), dst.get(), &clip, 0, 0, 2, 1, 0, 0, 2, 1, 0, 0x80FF0000);
-    Words want(2, 0);
-    xc_blend_pixels_mul_color_rgb_to_rgb(test::all(src.get()).data(), want.data(), 2, 0x80FF0000);
-    EXPECT_EQ(test::all(dst.get()), want);
-    EXPECT_NE(want[0], 0xFF808080u);
+    EXPECT_EQ(all(other.get()), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
 }
 
 TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
-    const Image src = test::painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    const struct {
-        int32_t dw, dh;
-        Words columns, rows;
-    } cases[] = {
+    const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
+    struct Case { int32_t w, h; Words columns, rows; };
+    const Case cases[] = {
         {7, 7, {0, 0, 1, 1, 2, 2, 3}, {0, 0, 1, 1, 2, 2, 3}},
         {3, 3, {0, 1, 3}, {0, 1, 2}},
         {1, 2, {0}, {0, 2}},
     };
-    for (const auto &c : cases) {
-        const Words out = test::drawn(xc_scale_sample, src.get(), {0, 0, 4, 4}, c.dw, c.dh);
-        Words columns, rows;
-        for (int32_t x = 0; x < c.dw; ++x) columns.push_back(out[size_t(x)] & 0xFF);
-        for (int32_t y = 0; y < c.dh; ++y) rows.push_back(out[size_t(y * c.dw)] >> 8);
-        EXPECT_EQ(columns, c.columns) << c.dw << "x" << c.dh;
-        EXPECT_EQ(rows, c.rows) << c.dw << "x" << c.dh;
+    for (const Case &c : cases) {
+        const Words out = drawn(xc_scale_sample, src.get(), {0, 0, 4, 4}, c.w, c.h);
+        Words columns(out.begin(), out.begin() + c.w), rows;
+        for (uint32_t &v : columns) v &= 0xFF;
+        for (int32_t y = 0; y < c.h; ++y) rows.push_back(out[size_t(y * c.w)] >> 8);
+        EXPECT_EQ(std::pair(columns, rows), std::pair(c.columns, c.rows)) << c.w << "x" << c.h;
     }
-}
-
-TEST(BlitSample, SixteenBitSourceIsSampledAsWords) {
-    std::vector<uint16_t> words{0xF800, 0x07E0, 0x001F, 0xFFFF};
-    const Image src{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
-    EXPECT_EQ(test::drawn(xc_scale_sample, src.get(), {0, 0, 2, 2}, 3, 2),
-              (Words{0xF80000, 0xF80000, 0xFC00, 0xF8, 0xF8, 0xF8FCF8}));
     // Straight to 16 bits, words move with rows pitched at width x 4 bytes.
-    const Image wide = test::painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
     const xg_area clip{1, 1, 7, 3};
-    EXPECT_EQ(test::drawn(xc_scale_sample_rgb16_to_rgb16, wide.get(), {0, 0, 4, 4}, 7, 3, &clip),
-              (Words{0, 0, 0, 0, 0, 0, 0, 0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103, 0, 0x200,
-                     0x201, 0x201, 0x202, 0x202, 0x203}));
-}
-
-TEST(BlitOneColumn, AlphaIsInterpolatedOnlyForAlphaSources) {
-    uint32_t words[2] = {0xFF000000u, 0x01000000u};
-    const Image alpha{xc_image_new_from_data(1, 2, words, 32, 0, 1)};
-    const Image opaque{xc_image_new_from_data(1, 2, words, 24, 0, 1)};
-    opaque->depth = 24;
-    // The clip starts at the half-way row: f = 0x8000 on its first row. The
-    // opaque copy forces alpha over a working alpha of 0.
-    const struct {
-        xc_image *src;
-        uint32_t mask, want;
-    } cases[] = {{alpha.get(), 0xFF000000, 0x80000000}, {opaque.get(), 0xFFFFFFFF, 0xFF000000}};
-    const xg_area clip{0, 1, 1, 2}, s{0, 0, 1, 2}, d{0, 0, 1, 3};
-    for (const auto &c : cases) {
-        const Image dst = test::blank_alpha(1, 3);
-        xc_scale_h(c.src, dst.get(), &clip, &s, &d, kWhite);
-        EXPECT_EQ(test::at(dst.get(), 0, 1) & c.mask, c.want);
-    }
+    EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
+              (Words{0, 0, 0, 0, 0, 0, 0, 0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
+                     0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
 }
 
 TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
-    const Image src = test::painted(100, 100, [](int x, int y) {
+    const Image src = painted(100, 100, [](int x, int y) {
         return 0xFF000000u | uint32_t((x * 37 + y * 11) & 0xFF) << 8 | uint32_t((x * y) & 0xFF);
     });
-    const struct {
-        int32_t sw, sh, dw, dh;
-        int smooth;
-        xc_scale_func want, differs_from;
-    } cases[] = {
+    struct Case { int32_t sw, sh, dw, dh, smooth; xc_scale_func want, differs_from; };
+    const Case cases[] = {
         {100, 100, 100, 100, 1, xc_scale_noscale, nullptr},
         {1, 100, 3, 40, 1, xc_scale_h, xc_scale_sample},
         {100, 1, 40, 3, 1, xc_scale_v, xc_scale_sample},
@@ -233,13 +185,14 @@ TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
         {100, 100, 50, 50, 1, xc_scale_linear, xc_image_scale_down_xy},
         {100, 100, 150, 130, 1, xc_scale_linear, xc_scale_sample},
     };
-    for (const auto &c : cases) {
-        const Image dst = test::canvas(c.dw, c.dh, 0u);
+    for (const Case &c : cases) {
+        const Image dst = canvas(c.dw, c.dh, 0u);
         const xg_area clip{0, 0, c.dw, c.dh}, s{0, 0, c.sw, c.sh};
-        xc_image_blit(src.get(), dst.get(), &clip, 0, 0, c.sw, c.sh, 0, 0, c.dw, c.dh, c.smooth, kWhite);
-        const Words got = test::all(dst.get());
-        EXPECT_EQ(got, test::drawn(c.want, src.get(), s, c.dw, c.dh)) << c.dw << "x" << c.dh;
-        EXPECT_TRUE(!c.differs_from || got != test::drawn(c.differs_from, src.get(), s, c.dw, c.dh));
+        xc_image_blit(src.get(), dst.get(), &clip, 0, 0, c.sw, c.sh, 0, 0, c.dw, c.dh, c.smooth,
+                      kWhite);
+        const Words got = all(dst.get());
+        EXPECT_EQ(got, drawn(c.want, src.get(), s, c.dw, c.dh)) << c.dw << "x" << c.dh;
+        EXPECT_TRUE(!c.differs_from || got != drawn(c.differs_from, src.get(), s, c.dw, c.dh));
     }
 }
 
