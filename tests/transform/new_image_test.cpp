@@ -185,7 +185,8 @@ TEST(ColorTransform, ResultIsANewOpaqueUncachedImageAndANullMatrixCopies) {
         const Image out{xc_image_new_from_color_transformed_image(src.get(), m, m ? kLow : nullptr,
                                                                   m ? kHigh : nullptr)};
         ASSERT_NE(out, nullptr);
-        EXPECT_EQ((std::array{out->ref, int(out->format), int(out->no_cache)}), (std::array{1, 1, 1}));
+        EXPECT_EQ((std::array{out->ref, int(out->format), int(out->no_cache)}),
+                  (std::array{1, 1, 1}));
         EXPECT_EQ(all(out.get()), kPixels);
         std::memset(out->data, 0, 24);
         EXPECT_EQ(all(src.get()), kPixels) << "an independent copy";
