@@ -1,355 +1,180 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <vector>
-
+#include "drawn.hpp"
 #include "fbcompose/draw.h"
-#include "fbcompose/pixel.h"
-#include "fbcompose/transform.h"
-#include "images.hpp"
 
 namespace {
 
-using test::Words;
+using namespace test;
+using Corners = std::array<int32_t, 4>;
 
 TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
-    const struct {
-        const char *name;
-        xg_area src, dst, clip;
-        xg_area want_src, want_dst, want_clip;
-        int result;
-    } cases[] = {
-        {"left overhang at 2:1", {-10, 0, 10, 10}, {0, 0, 40, 20}, {0, 0, 100, 100},
-         {0, 0, 10, 10}, {20, 0, 40, 20}, {20, 0, 40, 20}, 1},
-        {"top overhang at 1:2", {0, -4, 10, 6}, {0, 0, 10, 5}, {0, 0, 100, 100},
-         {0, 0, 10, 6}, {0, 2, 10, 5}, {0, 2, 10, 5}, 1},
-        {"right and bottom overhang", {10, 10, 30, 30}, {0, 0, 40, 40}, {0, 0, 100, 100},
-         {10, 10, 16, 12}, {0, 0, 12, 4}, {0, 0, 12, 4}, 1},
-        {"truncating factor", {-1, 0, 2, 1}, {0, 0, 4, 1}, {0, 0, 100, 100},
-         {0, 0, 2, 1}, {1, 0, 4, 1}, {1, 0, 4, 1}, 1},
-        {"clip outside", {0, 0, 4, 4}, {0, 0, 4, 4}, {10, 10, 20, 20},
-         {0, 0, 4, 4}, {0, 0, 4, 4}, {10, 10, 4, 4}, 0},
-        {"clip shrunk to the area", {0, 0, 4, 4}, {2, 2, 6, 6}, {0, 0, 5, 100},
-         {0, 0, 4, 4}, {2, 2, 6, 6}, {2, 2, 5, 6}, 1},
+    struct Case { xg_area src, dst, clip; Corners src_to, dst_to, clip_to; int result; };
+    const xg_area big{0, 0, 99, 99};
+    const Case cases[] = {
+        // Left overhang at 2:1, top overhang at 1:2.
+        {{-8, 0, 10, 10}, {0, 0, 36, 20}, big, {0, 0, 10, 10}, {16, 0, 36, 20}, {16, 0, 36, 20}, 1},
+        {{0, -4, 10, 6}, {0, 0, 10, 5}, big, {0, 0, 10, 6}, {0, 2, 10, 5}, {0, 2, 10, 5}, 1},
+        // Right and bottom overhang of the 16 x 12 source.
+        {{10, 10, 30, 30}, {0, 0, 40, 40}, big, {10, 10, 16, 12}, {0, 0, 12, 4}, {0, 0, 12, 4},
+         1},
+        // The factor is truncated: 4 / 3 moves the edge by one pixel, not two.
+        {{-1, 0, 2, 1}, {0, 0, 4, 1}, big, {0, 0, 2, 1}, {1, 0, 4, 1}, {1, 0, 4, 1}, 1},
+        // The clip is crossed with the destination; missing it returns 0.
+        {{0, 0, 4, 4}, {0, 0, 4, 4}, {9, 9, 20, 20}, {0, 0, 4, 4}, {0, 0, 4, 4}, {9, 9, 4, 4}, 0},
+        {{0, 0, 4, 4}, {2, 2, 6, 6}, {0, 0, 5, 99}, {0, 0, 4, 4}, {2, 2, 6, 6}, {2, 2, 5, 6}, 1},
     };
-    xc_image *src = test::canvas(16, 12, 0u);
-    for (const auto &c : cases) {
+    const Image src = canvas(16, 12, 0u);
+    for (const Case &c : cases) {
         xg_area s = c.src, d = c.dst, k = c.clip;
-        EXPECT_EQ(xc_scale_handle_clip(src, nullptr, &k, &s, &d), c.result) << c.name;
-        EXPECT_EQ(std::vector<int>({s.x1, s.y1, s.x2, s.y2}),
-                  std::vector<int>({c.want_src.x1, c.want_src.y1, c.want_src.x2, c.want_src.y2}))
-            << c.name;
-        EXPECT_EQ(std::vector<int>({d.x1, d.y1, d.x2, d.y2}),
-                  std::vector<int>({c.want_dst.x1, c.want_dst.y1, c.want_dst.x2, c.want_dst.y2}))
-            << c.name;
-        EXPECT_EQ(std::vector<int>({k.x1, k.y1, k.x2, k.y2}),
-                  std::vector<int>({c.want_clip.x1, c.want_clip.y1, c.want_clip.x2, c.want_clip.y2}))
-            << c.name;
+        EXPECT_EQ(xc_scale_handle_clip(src.get(), nullptr, &k, &s, &d), c.result);
+        EXPECT_EQ((std::array{corners(s), corners(d), corners(k)}),
+                  (std::array{c.src_to, c.dst_to, c.clip_to}));
     }
-    xc_image_unref(src);
 }
 
-// --- single-colour path ---------------------------------------------------
-
-struct SingleColour {
-    const char *name;
-    uint32_t pixel, modulation, expected;
-};
-
 TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
-    const SingleColour cases[] = {
-        {"opaque", 0xFF102030, 0xFFFFFFFF, 0xFF102030},
-        {"alpha 128 doubles by 256 / 128", 0x80402010, 0xFFFFFFFF, 0x80804020},
-        {"clamped at 255", 0x80C80000, 0xFFFFFFFF, 0x80FF0000},
-        {"white takes the modulation colour", 0xFFFFFFFF, 0xFF00FF00, 0xFF00FF00},
+    struct Case { uint32_t pixel, modulation, expected; };
+    const Case cases[] = {
+        {0xFF102030, kWhite, 0xFF102030},
+        // Un-premultiplied by 256 / alpha, clamped at 255; alpha 0 draws nothing.
+        {0x80402010, kWhite, 0x80804020},
+        {0x80C80000, kWhite, 0x80FF0000},
+        {0x00FFFFFF, kWhite, 0},
+        // White takes the modulation colour.
+        {0xFFFFFFFF, 0xFF00FF00, 0xFF00FF00},
         // Modulated through the span function into a word starting at 0:
         // a = 255 x 255 >> 8 = 254, red = (200 x 128 x 255 >> 8) >> 8 = 99,
         // then un-premultiplied by 256 / 254.
-        {"modulated", 0xFFC80000, 0xFF800000, 0xFE630000},
+        {0xFFC80000, 0xFF800000, 0xFE630000},
     };
-    for (const auto &c : cases) {
-        xc_image *src = test::canvas(3, 3, 0u);
-        reinterpret_cast<uint32_t *>(src->data)[4] = c.pixel;  // pixel (1, 1)
-        xc_image *dst = test::blank_alpha(12, 12);
-        const xg_area clip{0, 0, 12, 12};
-        xc_image_blit(src, dst, &clip, 1, 1, 1, 1, 1, 1, 10, 10, 0, c.modulation);
-        // A blend of colour c over transparent black at alpha a stores the
-        // colour's premultiplied bytes: compare with the same fill directly.
-        xc_image *want = test::blank_alpha(12, 12);
+    const xg_area clip{0, 0, 12, 12};
+    for (const Case &c : cases) {
+        const Image src = canvas(3, 3, Words{0, 0, 0, 0, c.pixel, 0, 0, 0, 0});
+        const Image dst = blank_alpha(12, 12), want = blank_alpha(12, 12);
+        xc_image_blit(src.get(), dst.get(), &clip, 1, 1, 1, 1, 1, 1, 10, 10, 0, c.modulation);
+        // Colour c blended over transparent black stores its premultiplied
+        // bytes: compare with the same fill drawn directly.
         xg_area area{1, 1, 11, 11};
-        xc_rectangle_draw(want, &clip, &area, c.expected);
-        EXPECT_EQ(test::all(dst), test::all(want)) << c.name;
-        EXPECT_NE(test::at(dst, 5, 5), 0u) << c.name;
-        EXPECT_EQ(test::at(dst, 0, 0), 0u) << c.name;
-        EXPECT_EQ(test::at(dst, 11, 11), 0u) << c.name;
-        xc_image_unref(want);
-        xc_image_unref(dst);
-        xc_image_unref(src);
+        xc_rectangle_draw(want.get(), &clip, &area, c.expected);
+        EXPECT_EQ(all(dst.get()), all(want.get())) << std::hex << c.pixel;
     }
-}
-
-TEST(BlitSingleColour, TransparentPixelDrawsNothing) {
-    xc_image *src = test::canvas(1, 1, 0x00FFFFFFu);
-    xc_image *dst = test::canvas(4, 4, 0x12345678u);
-    const xg_area clip{0, 0, 4, 4};
-    xc_image_blit(src, dst, &clip, 0, 0, 1, 1, 0, 0, 4, 4, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(dst), Words(16, 0x12345678u));
-    xc_image_unref(dst);
-    xc_image_unref(src);
 }
 
 TEST(BlitSingleColour, ReadsAThirtyTwoBitWordEvenFromASixteenBitImage) {
     std::vector<uint16_t> words{0x3456, 0xFF12, 0x0000, 0x0000};
-    xc_image *src = xc_image_new_from_data(2, 2, words.data(), 16, 0, 1);
-    xc_image *dst = test::canvas(2, 2, 0u);
+    const Image src{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
     const xg_area clip{0, 0, 2, 2};
-    xc_image_blit(src, dst, &clip, 0, 0, 1, 1, 0, 0, 2, 2, 0, 0xFFFFFFFF);
-    // The word 0xFF123456 read at offset 0, premultiplied by the fill.
-    EXPECT_EQ(test::at(dst, 1, 1), 0xFF113355u);
-    // A position whose word lies past the pixel block draws nothing.
-    xc_image *dst2 = test::canvas(2, 2, 0u);
-    xc_image_blit(src, dst2, &clip, 1, 1, 1, 1, 0, 0, 2, 2, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(dst2), Words(4, 0u));
-    xc_image_unref(dst2);
-    xc_image_unref(dst);
-    xc_image_unref(src);
+    // The word 0xFF123456 read at offset 0, premultiplied by the fill; a
+    // position whose word lies past the pixel block draws nothing.
+    for (const auto &[x, want] : {std::pair{0, 0xFF113355u}, {1, 0u}}) {
+        const Image dst = canvas(2, 2, 0u);
+        xc_image_blit(src.get(), dst.get(), &clip, x, x, 1, 1, 0, 0, 2, 2, 0, kWhite);
+        EXPECT_EQ(all(dst.get()), Words(4, want)) << x;
+    }
 }
-
-// --- early returns ----------------------------------------------------------
 
 TEST(Blit, NothingForEmptyRectanglesMissingPixelsOrAMissedClip) {
-    xc_image *src = test::canvas(4, 4, 0xFF0000FFu);
-    const xg_area clip{0, 0, 4, 4};
-    const int32_t args[][8] = {
-        {0, 0, 0, 4, 0, 0, 4, 4}, {0, 0, 4, 0, 0, 0, 4, 4}, {0, 0, 4, 4, 0, 0, 0, 4},
-        {0, 0, 4, 4, 0, 0, 4, -1}, {0, 0, 4, 4, 4, 0, 4, 4}, {0, 0, 4, 4, -4, 0, 4, 4},
-        {0, 0, 4, 4, 0, 4, 4, 4},
-    };
-    for (const auto &a : args) {
-        xc_image *dst = test::canvas(4, 4, 0u);
-        xc_image_blit(src, dst, &clip, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], 0,
-                      0xFFFFFFFF);
-        EXPECT_EQ(test::all(dst), Words(16, 0u));
-        xc_image_unref(dst);
-    }
-    xc_image *empty = xc_image_new();
+    const Image src = canvas(4, 4, 0xFF0000FFu), empty{xc_image_new()};
     empty->width = empty->height = 4;
-    xc_image *dst = test::canvas(4, 4, 0u);
-    xc_image_blit(empty, dst, &clip, 0, 0, 4, 4, 0, 0, 8, 8, 1, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(dst), Words(16, 0u));
-    xc_image_unref(dst);
-    xc_image_unref(empty);
-    xc_image_unref(src);
+    const xg_area clip{0, 0, 4, 4};
+    // Source size, destination corner and size; the 8 x 8 one from an image
+    // without pixels.
+    const int32_t args[][6] = {{0, 4, 0, 0, 4, 4},  {4, 0, 0, 0, 4, 4}, {4, 4, 0, 0, 0, 4},
+                               {4, 4, 0, 0, 4, -1}, {4, 4, 4, 0, 4, 4}, {4, 4, -4, 0, 4, 4},
+                               {4, 4, 0, 4, 4, 4},  {4, 4, 0, 0, 8, 8}};
+    for (const auto &a : args) {
+        const Image dst = canvas(4, 4, 0u);
+        xc_image *from = a[4] == 8 ? empty.get() : src.get();
+        xc_image_blit(from, dst.get(), &clip, 0, 0, a[0], a[1], a[2], a[3], a[4], a[5], 1, kWhite);
+        EXPECT_EQ(all(dst.get()), Words(16, 0u)) << a[0] << "x" << a[1] << " at " << a[2];
+    }
 }
 
-// --- no scale -----------------------------------------------------------------
-
-TEST(BlitNoScale, CopiesTheClippedPartAtTheRightOffset) {
-    xc_image *src = test::painted(4, 4, [](int x, int y) { return 0xFF000000u | uint32_t(y * 4 + x); });
-    xc_image *dst = test::canvas(6, 6, 0u);
-    const xg_area clip{2, 2, 5, 4};
-    xc_image_blit(src, dst, &clip, 0, 0, 4, 4, 1, 1, 4, 4, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::row(dst, 1), Words(6, 0u));
-    EXPECT_EQ(test::row(dst, 2), (Words{0, 0, 0xFF000005, 0xFF000006, 0xFF000007, 0}));
-    EXPECT_EQ(test::row(dst, 3), (Words{0, 0, 0xFF000009, 0xFF00000A, 0xFF00000B, 0}));
-    EXPECT_EQ(test::row(dst, 4), Words(6, 0u));
-    xc_image_unref(dst);
-    xc_image_unref(src);
+TEST(Blit, DrawsTheClippedPartWithTheDrawerForTheSizes) {
+    constexpr uint32_t g100 = 0xFF646464, g200 = 0xFFC8C8C8;
+    struct Case { Words src; int32_t w; xg_rect s, d; xg_area clip; Words want; uint32_t mod; };
+    const Case cases[] = {
+        // No scale: the clipped part lands at the right offset.
+        {{1, 2, 3, 4, 5, 6}, 3, {0, 0, 3, 2}, {1, 1, 3, 2}, {2, 1, 4, 3},
+         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6}, kWhite},
+        // Modulated by the modulating span function: red 128 x 255 >> 8 =
+        // 127, times alpha 127 >> 8 = 63; the canvas keeps alpha 0.
+        {{0xFF808080, 0xFF808080}, 2, {0, 0, 2, 1}, {0, 0, 2, 1}, {0, 0, 2, 1},
+         {0x3F0000, 0x3F0000}, 0x80FF0000},
+        // One column interpolated down at step 0.5, each row filled; the
+        // opaque source's alpha byte is kept from the previous working pixel.
+        {{0xFF000000, g200}, 1, {0, 0, 1, 2}, {0, 0, 2, 3}, {0, 0, 2, 3},
+         {0xFF000000, 0xFF000000, g100, g100, g200, g200}, kWhite},
+        // Equal heights copy each source row.
+        {{1, 2, 3}, 1, {0, 0, 1, 3}, {0, 0, 2, 3}, {0, 1, 2, 3}, {0, 0, 2, 2, 3, 3}, kWhite},
+        // One row interpolated once for all rows; an opaque source's alpha
+        // byte is not interpolated, so the working pixel's initial 0 stays.
+        {{0xFF000000, g100, g200}, 3, {0, 0, 3, 1}, {0, 0, 5, 2}, {0, 0, 5, 2},
+         {0, 0x323232, 0x646464, 0x969696, 0xC8C8C8, 0, 0x323232, 0x646464, 0x969696, 0xC8C8C8},
+         kWhite},
+        // Equal widths draw straight from the source.
+        {{1, 2, 3, 4, 5, 6, 7, 8}, 4, {1, 1, 3, 1}, {0, 0, 3, 3}, {1, 0, 3, 3},
+         {0, 7, 8, 0, 7, 8, 0, 7, 8}, kWhite},
+    };
+    for (const Case &c : cases) {
+        const Image src = canvas(c.w, int32_t(c.src.size()) / c.w, c.src);
+        const Image dst = canvas(c.d.x + c.d.w, c.d.y + c.d.h, 0u);
+        const xg_rect &s = c.s, &d = c.d;
+        xc_image_blit(src.get(), dst.get(), &c.clip, s.x, s.y, s.w, s.h, d.x, d.y, d.w, d.h, 0,
+                      c.mod);
+        EXPECT_EQ(all(dst.get()), c.want) << c.s.w << "x" << c.s.h << " to " << c.d.w;
+    }
 }
 
 // Rows padded by one word: the whole-block shortcut copies the padding as
 // pixels, so its single run leaves the last pixel of the last row unwritten.
-xc_image *padded(uint32_t base) {
-    xc_image *image = xc_image_new_with_data(2, 2, nullptr, 1, 0, 0, 12);
-    auto *w = reinterpret_cast<uint32_t *>(image->data);
-    for (int i = 0; i < 6; ++i) w[i] = base + uint32_t(i);
+Image padded(uint32_t base) {
+    Image image{xc_image_new_with_data(2, 2, nullptr, 1, 0, 0, 12)};
+    for (uint32_t i = 0; i < 6; ++i) reinterpret_cast<uint32_t *>(image->data)[i] = base + i;
     image->depth = 24;
     return image;
 }
 
 TEST(BlitNoScale, FullWidthBetweenLikeImagesIsOneRun) {
-    xc_image *src = padded(0xFF000000u);
-    xc_image *dst = padded(0);
+    const Image src = padded(0xFF000000u), dst = padded(0), other = canvas(2, 2, 0u);
     const xg_area clip{0, 0, 2, 2};
-    xc_image_blit(src, dst, &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, 0xFFFFFFFF);
-    auto *d = reinterpret_cast<uint32_t *>(dst->data);
+    xc_image_blit(src.get(), dst.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
+    const auto *d = reinterpret_cast<uint32_t *>(dst->data);
     EXPECT_EQ(Words(d, d + 6), (Words{0xFF000000, 0xFF000001, 0xFF000002, 0xFF000003, 4, 5}));
-    xc_image_unref(dst);
     // Unequal row pitches: row by row, padding untouched.
-    xc_image *other = test::canvas(2, 2, 0u);
-    xc_image_blit(src, other, &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(other), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
-    xc_image_unref(other);
-    xc_image_unref(src);
+    xc_image_blit(src.get(), other.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
+    EXPECT_EQ(all(other.get()), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
 }
-
-TEST(BlitNoScale, ModulationUsesTheModulatingSpanFunction) {
-    xc_image *src = test::canvas(2, 1, 0xFF808080u);
-    xc_image *dst = test::canvas(2, 1, 0u);
-    const xg_area clip{0, 0, 2, 1};
-    xc_image_blit(src, dst, &clip, 0, 0, 2, 1, 0, 0, 2, 1, 0, 0x80FF0000);
-    uint32_t want[2] = {0, 0};
-    const uint32_t in[2] = {0xFF808080u, 0xFF808080u};
-    xc_blend_pixels_mul_color_rgb_to_rgb(in, want, 2, 0x80FF0000);
-    EXPECT_EQ(test::all(dst), (Words{want[0], want[1]}));
-    EXPECT_NE(want[0], 0xFF808080u);
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-// --- nearest sampling ---------------------------------------------------------
 
 TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
-    xc_image *src = test::painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    const struct {
-        int32_t dw, dh;
-        Words columns, rows;
-    } cases[] = {
+    const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
+    struct Case { int32_t w, h; Words columns, rows; };
+    const Case cases[] = {
         {7, 7, {0, 0, 1, 1, 2, 2, 3}, {0, 0, 1, 1, 2, 2, 3}},
         {3, 3, {0, 1, 3}, {0, 1, 2}},
         {1, 2, {0}, {0, 2}},
     };
-    for (const auto &c : cases) {
-        xc_image *dst = test::canvas(c.dw, c.dh, 0xDEADBEEFu);
-        const xg_area clip{0, 0, c.dw, c.dh};
-        xc_image_blit(src, dst, &clip, 0, 0, 4, 4, 0, 0, c.dw, c.dh, 0, 0xFFFFFFFF);
-        Words columns, rows;
-        for (int32_t x = 0; x < c.dw; ++x) columns.push_back(test::at(dst, x, 0) & 0xFF);
-        for (int32_t y = 0; y < c.dh; ++y) rows.push_back(test::at(dst, 0, y) >> 8 & 0xFF);
-        EXPECT_EQ(columns, c.columns) << c.dw << "x" << c.dh;
-        EXPECT_EQ(rows, c.rows) << c.dw << "x" << c.dh;
-        xc_image_unref(dst);
+    for (const Case &c : cases) {
+        const Words out = drawn(xc_scale_sample, src.get(), {0, 0, 4, 4}, c.w, c.h);
+        Words columns(out.begin(), out.begin() + c.w), rows;
+        for (uint32_t &v : columns) v &= 0xFF;
+        for (int32_t y = 0; y < c.h; ++y) rows.push_back(out[size_t(y * c.w)] >> 8);
+        EXPECT_EQ(std::pair(columns, rows), std::pair(c.columns, c.rows)) << c.w << "x" << c.h;
     }
-    xc_image_unref(src);
-}
-
-TEST(BlitSample, SixteenBitSourceIsSampledAsWords) {
-    std::vector<uint16_t> words{0xF800, 0x07E0, 0x001F, 0xFFFF};
-    xc_image *src = xc_image_new_from_data(2, 2, words.data(), 16, 0, 1);
-    xc_image *dst = test::canvas(3, 3, 0u);
-    const xg_area clip{0, 0, 3, 3};
-    xc_image_blit(src, dst, &clip, 0, 0, 2, 2, 0, 0, 3, 3, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::row(dst, 0), (Words{0x00F80000, 0x00F80000, 0x0000FC00}));
-    EXPECT_EQ(test::row(dst, 2), (Words{0x000000F8, 0x000000F8, 0x00F8FCF8}));
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-TEST(ScaleSampleRgb16, MovesWordsWithWidthPitchedRows) {
-    xc_image *src = test::painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    xc_image *dst = test::canvas(7, 3, 0u);
-    const xg_area clip{1, 1, 7, 3}, s{0, 0, 4, 4}, d{0, 0, 7, 3};
-    xc_scale_sample_rgb16_to_rgb16(src, dst, &clip, &s, &d, 0xFFFFFFFF);
-    EXPECT_EQ(test::row(dst, 0), Words(7, 0u));
-    EXPECT_EQ(test::row(dst, 1), (Words{0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103}));
-    EXPECT_EQ(test::row(dst, 2), (Words{0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-// --- one column, one row ----------------------------------------------------------
-
-TEST(BlitOneColumn, InterpolatesDownTheColumnAndFillsEachRow) {
-    xc_image *src = test::canvas(1, 2, Words{test::grey(0), test::grey(200)});
-    xc_image *dst = test::canvas(4, 3, 0u);
-    const xg_area clip{0, 0, 4, 3};
-    xc_image_blit(src, dst, &clip, 0, 0, 1, 2, 0, 0, 4, 3, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::row(dst, 0), Words(4, test::grey(0)));
-    // Step 0.5: grey 100, and the opaque source's alpha byte kept from the
-    // previous working pixel.
-    EXPECT_EQ(test::row(dst, 1), Words(4, 0xFF646464u));
-    EXPECT_EQ(test::row(dst, 2), Words(4, test::grey(200)));
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-TEST(BlitOneColumn, AlphaIsInterpolatedOnlyForAlphaSources) {
-    uint32_t words[2] = {0xFF000000u, 0x01000000u};
-    xc_image *src = xc_image_new_from_data(1, 2, words, 32, 0, 1);
-    xc_image *dst = test::canvas(1, 3, 0u);
-    const xg_area clip{0, 1, 1, 2}, s{0, 0, 1, 2}, d{0, 0, 1, 3};
-    xc_image *opaque = xc_image_new_from_data(1, 2, words, 24, 0, 1);
-    opaque->depth = 24;
-    // The clip starts at the half-way row: f = 0x8000 on its first row.
-    xc_image *alpha_dst = test::blank_alpha(1, 3);
-    xc_scale_h(src, alpha_dst, &clip, &s, &d, 0xFFFFFFFF);
-    EXPECT_EQ(test::at(alpha_dst, 0, 1) >> 24, 0x80u);
-    xc_image *opaque_dst = test::blank_alpha(1, 3);
-    xc_scale_h(opaque, opaque_dst, &clip, &s, &d, 0xFFFFFFFF);
-    EXPECT_EQ(test::at(opaque_dst, 0, 1), 0xFF000000u) << "copy with alpha forced, working alpha 0";
-    xc_image_unref(opaque_dst);
-    xc_image_unref(alpha_dst);
-    xc_image_unref(opaque);
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-TEST(BlitOneColumn, EqualHeightsCopyEachSourceRow) {
-    xc_image *src = test::canvas(1, 3, Words{1, 2, 3});
-    xc_image *dst = test::canvas(2, 3, 0u);
-    const xg_area clip{0, 1, 2, 3};
-    xc_image_blit(src, dst, &clip, 0, 0, 1, 3, 0, 0, 2, 3, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(dst), (Words{0, 0, 2, 2, 3, 3}));
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-TEST(BlitOneRow, InterpolatesAlongTheRowOnceForAllRows) {
-    xc_image *src = test::canvas(3, 1, Words{test::grey(0), test::grey(100), test::grey(200)});
-    xc_image *dst = test::canvas(5, 2, 0u);
-    const xg_area clip{0, 0, 5, 2};
-    xc_image_blit(src, dst, &clip, 0, 0, 3, 1, 0, 0, 5, 2, 0, 0xFFFFFFFF);
-    // An opaque source's alpha byte is not interpolated: the working pixel
-    // keeps its initial 0.
-    const Words want{0, 0x323232, 0x646464, 0x969696, 0xC8C8C8};
-    EXPECT_EQ(test::row(dst, 0), want);
-    EXPECT_EQ(test::row(dst, 1), want);
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-TEST(BlitOneRow, EqualWidthsDrawStraightFromTheSource) {
-    xc_image *src = test::canvas(4, 2, Words{1, 2, 3, 4, 5, 6, 7, 8});
-    xc_image *dst = test::canvas(3, 3, 0u);
-    const xg_area clip{1, 0, 3, 3};
-    xc_image_blit(src, dst, &clip, 1, 1, 3, 1, 0, 0, 3, 3, 0, 0xFFFFFFFF);
-    EXPECT_EQ(test::all(dst), (Words{0, 7, 8, 0, 7, 8, 0, 7, 8}));
-    xc_image_unref(dst);
-    xc_image_unref(src);
-}
-
-// --- drawer selection -----------------------------------------------------------
-
-// The blit's result for the given sizes, and that of calling a drawer directly.
-Words via_blit(xc_image *src, int32_t sw, int32_t sh, int32_t dw, int32_t dh, int smooth) {
-    xc_image *dst = test::canvas(dw, dh, 0u);
-    const xg_area clip{0, 0, dw, dh};
-    xc_image_blit(src, dst, &clip, 0, 0, sw, sh, 0, 0, dw, dh, smooth, 0xFFFFFFFF);
-    Words out = test::all(dst);
-    xc_image_unref(dst);
-    return out;
-}
-
-Words via_drawer(xc_scale_func drawer, xc_image *src, int32_t sw, int32_t sh, int32_t dw,
-                 int32_t dh) {
-    xc_image *dst = test::canvas(dw, dh, 0u);
-    const xg_area clip{0, 0, dw, dh}, s{0, 0, sw, sh}, d{0, 0, dw, dh};
-    drawer(src, dst, &clip, &s, &d, 0xFFFFFFFF);
-    Words out = test::all(dst);
-    xc_image_unref(dst);
-    return out;
+    // Straight to 16 bits, words move with rows pitched at width x 4 bytes.
+    const xg_area clip{1, 1, 7, 3};
+    EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
+              (Words{0, 0, 0, 0, 0, 0, 0, 0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
+                     0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
 }
 
 TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
-    xc_image *src = test::painted(100, 100, [](int x, int y) {
+    const Image src = painted(100, 100, [](int x, int y) {
         return 0xFF000000u | uint32_t((x * 37 + y * 11) & 0xFF) << 8 | uint32_t((x * y) & 0xFF);
     });
-    const struct {
-        int32_t sw, sh, dw, dh;
-        int smooth;
-        xc_scale_func want;
-        xc_scale_func differs_from;
-    } cases[] = {
+    struct Case { int32_t sw, sh, dw, dh, smooth; xc_scale_func want, differs_from; };
+    const Case cases[] = {
         {100, 100, 100, 100, 1, xc_scale_noscale, nullptr},
         {1, 100, 3, 40, 1, xc_scale_h, xc_scale_sample},
         {100, 1, 40, 3, 1, xc_scale_v, xc_scale_sample},
@@ -360,15 +185,15 @@ TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
         {100, 100, 50, 50, 1, xc_scale_linear, xc_image_scale_down_xy},
         {100, 100, 150, 130, 1, xc_scale_linear, xc_scale_sample},
     };
-    for (const auto &c : cases) {
-        const Words got = via_blit(src, c.sw, c.sh, c.dw, c.dh, c.smooth);
-        EXPECT_EQ(got, via_drawer(c.want, src, c.sw, c.sh, c.dw, c.dh)) << c.dw << "x" << c.dh;
-        if (c.differs_from) {
-            EXPECT_NE(got, via_drawer(c.differs_from, src, c.sw, c.sh, c.dw, c.dh))
-                << c.dw << "x" << c.dh;
-        }
+    for (const Case &c : cases) {
+        const Image dst = canvas(c.dw, c.dh, 0u);
+        const xg_area clip{0, 0, c.dw, c.dh}, s{0, 0, c.sw, c.sh};
+        xc_image_blit(src.get(), dst.get(), &clip, 0, 0, c.sw, c.sh, 0, 0, c.dw, c.dh, c.smooth,
+                      kWhite);
+        const Words got = all(dst.get());
+        EXPECT_EQ(got, drawn(c.want, src.get(), s, c.dw, c.dh)) << c.dw << "x" << c.dh;
+        EXPECT_TRUE(!c.differs_from || got != drawn(c.differs_from, src.get(), s, c.dw, c.dh));
     }
-    xc_image_unref(src);
 }
 
 }  // namespace

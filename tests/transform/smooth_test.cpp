@@ -1,173 +1,149 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <vector>
-
-#include "fbcompose/transform.h"
-#include "images.hpp"
+#include "drawn.hpp"
 
 namespace {
 
-using test::Words;
+using namespace test;
 
-struct Drawer {
-    const char *name;
-    xc_scale_func fn;
-};
+const xc_scale_func kDrawers[] = {xc_scale_linear, xc_image_scale_down_x, xc_image_scale_down_y,
+                                  xc_image_scale_down_xy};
 
-const Drawer kDrawers[] = {
-    {"linear", xc_scale_linear},
-    {"down_x", xc_image_scale_down_x},
-    {"down_y", xc_image_scale_down_y},
-    {"down_xy", xc_image_scale_down_xy},
-};
-
-struct Size {
-    int32_t w, h;
-};
-
-const Size kTargets[] = {{1, 1}, {3, 7}, {10, 10}, {17, 5}, {40, 33}, {64, 48}};
-
-Words draw(xc_scale_func fn, xc_image *src, const xg_area &s, Size d, const xg_area *clip = nullptr,
-           uint32_t background = 0) {
-    xc_image *dst = test::canvas(d.w, d.h, background);
-    const xg_area whole{0, 0, d.w, d.h};
-    fn(src, dst, clip ? clip : &whole, &s, &whole, 0xFFFFFFFF);
-    Words out = test::all(dst);
-    xc_image_unref(dst);
+Words greys(const std::vector<uint32_t> &levels) {
+    Words out;
+    for (uint32_t g : levels) out.push_back(grey(g));
     return out;
 }
 
 TEST(Smoothing, ConstantImageStaysConstant) {
-    xc_image *src = test::canvas(21, 13, 0xFF5A3C1Eu);
-    for (const Drawer &drawer : kDrawers)
-        for (Size d : kTargets) {
-            const Words out = draw(drawer.fn, src, {0, 0, 21, 13}, d);
-            EXPECT_EQ(std::count(out.begin(), out.end(), 0xFF5A3C1Eu), d.w * d.h)
-                << drawer.name << " " << d.w << "x" << d.h;
-        }
-    xc_image_unref(src);
-}
-
-TEST(Smoothing, ConstantSixteenBitImageStaysConstant) {
     std::vector<uint16_t> words(12 * 9, 0xA5F3);
-    xc_image *src = xc_image_new_from_data(12, 9, words.data(), 16, 0, 1);
-    for (const Drawer &drawer : kDrawers) {
-        const Words out = draw(drawer.fn, src, {0, 0, 12, 9}, {5, 4});
-        // 0xA5F3 unpacks to red 0xA0, green 0xBC, blue 0x98, alpha 0.
-        EXPECT_EQ(std::count(out.begin(), out.end(), 0x00A0BC98u), 20) << drawer.name;
-    }
-    xc_image_unref(src);
-}
-
-// Grey levels 10 x along one direction.
-xc_image *gradient(int32_t n, bool vertical) {
-    return test::painted(vertical ? 3 : n, vertical ? n : 3,
-                         [=](int x, int y) { return test::grey(uint32_t(10 * (vertical ? y : x))); });
-}
-
-Words greys(std::initializer_list<uint32_t> levels) {
-    Words out;
-    for (uint32_t g : levels) out.push_back(test::grey(g));
-    return out;
+    const Image rgb16{xc_image_new_from_data(12, 9, words.data(), 16, 0, 1)};
+    const Image rgb32 = canvas(12, 9, 0xFF5A3C1Eu);
+    // 0xA5F3 unpacks to red 0xA0, green 0xBC, blue 0x98, alpha 0.
+    for (const auto &[src, colour] : {std::pair{rgb32.get(), 0xFF5A3C1E}, {rgb16.get(), 0xA0BC98}})
+        for (const xc_scale_func &fn : kDrawers)
+            for (const auto &[w, h] : {std::pair{1, 1}, {3, 7}, {5, 4}, {17, 5}, {40, 33}})
+                EXPECT_EQ(drawn(fn, src, {0, 0, 12, 9}, w, h), Words(size_t(w * h), colour))
+                    << (fn == xc_scale_linear ? "linear" : "box") << " " << w << "x" << h;
 }
 
 TEST(Smoothing, BoxAveragesEverySourcePixelOfItsDestinationPixel) {
-    const struct {
-        const char *name;
-        xc_scale_func fn;
-        bool vertical;
-        int32_t from, to;
-        Words expected;
-    } cases[] = {
-        {"x by 4", xc_image_scale_down_x, false, 8, 2, greys({15, 55})},
-        {"xy by 4", xc_image_scale_down_xy, false, 8, 2, greys({15, 55})},
-        {"y by 4", xc_image_scale_down_y, true, 8, 2, greys({15, 55})},
-        {"uneven boxes of 4, 3, 3", xc_image_scale_down_x, false, 10, 3, greys({15, 50, 80})},
-        {"uneven vertical boxes", xc_image_scale_down_y, true, 10, 3, greys({15, 50, 80})},
-        {"truncating average", xc_image_scale_down_x, false, 3, 1, greys({10})},
-        {"linear enlarges end to end", xc_scale_linear, false, 3, 5, greys({0, 5, 10, 15, 20})},
-        {"linear reduces end to end", xc_scale_linear, false, 9, 5, greys({0, 20, 40, 60, 80})},
+    struct Case { xc_scale_func fn; bool vertical; int32_t from, to; Words levels; };
+    const Case cases[] = {
+        // Grey levels 10 x along one direction, three pixels across.
+        {xc_image_scale_down_x, false, 8, 2, {15, 55}},
+        {xc_image_scale_down_xy, false, 8, 2, {15, 55}},
+        {xc_image_scale_down_y, true, 8, 2, {15, 55}},
+        // Uneven boxes of 4, 3, 3; a truncating average.
+        {xc_image_scale_down_x, false, 10, 3, {15, 50, 80}},
+        {xc_image_scale_down_y, true, 10, 3, {15, 50, 80}},
+        {xc_image_scale_down_x, false, 3, 1, {10}},
+        // Linear maps end to end, enlarging or reducing, and is the other
+        // direction of a down-scaler.
+        {xc_scale_linear, false, 3, 5, {0, 5, 10, 15, 20}},
+        {xc_scale_linear, false, 9, 5, {0, 20, 40, 60, 80}},
+        {xc_image_scale_down_x, true, 4, 7, {0, 5, 10, 15, 20, 25, 30}},
     };
-    for (const auto &c : cases) {
-        xc_image *src = gradient(c.from, c.vertical);
-        const Size d = c.vertical ? Size{3, c.to} : Size{c.to, 3};
-        const xg_area s{0, 0, src->width, src->height};
-        const Words out = draw(c.fn, src, s, d);
+    for (const Case &c : cases) {
+        const bool v = c.vertical;
+        const int32_t w = v ? 3 : c.from, h = v ? c.from : 3, dw = v ? 3 : c.to, dh = v ? c.to : 3;
+        const Image src = painted(w, h, [&](int x, int y) { return grey(10u * (v ? y : x)); });
+        const Words out = drawn(c.fn, src.get(), {0, 0, w, h}, dw, dh);
         Words line;
-        for (int32_t i = 0; i < c.to; ++i)
-            line.push_back(out[static_cast<size_t>(c.vertical ? i * 3 + 1 : c.to + i)]);
-        EXPECT_EQ(line, c.expected) << c.name;
-        xc_image_unref(src);
+        // The middle column or row.
+        for (int32_t i = 0; i < c.to; ++i) line.push_back(out[size_t(v ? 3 * i + 1 : dw + i)]);
+        EXPECT_EQ(line, greys(c.levels)) << c.from << " to " << c.to;
     }
 }
 
-TEST(Smoothing, LinearDirectionOfADownScalerInterpolates) {
-    // down_x over a vertical gradient: the rows are interpolated, 4 into 7.
-    xc_image *src = test::painted(8, 4, [](int, int y) { return test::grey(uint32_t(60 * y)); });
-    const Words out = draw(xc_image_scale_down_x, src, {0, 0, 8, 4}, {2, 7});
-    Words column;
-    for (int y = 0; y < 7; ++y) column.push_back(out[static_cast<size_t>(y * 2)]);
-    EXPECT_EQ(column, greys({0, 30, 60, 90, 120, 150, 180}));
-    xc_image_unref(src);
-}
-
 TEST(Smoothing, WritesOnlyTheClip) {
-    xc_image *src = test::painted(30, 30, [](int x, int y) { return 0xFF000000u | uint32_t(x * 8 + y); });
-    const xg_area clip{2, 3, 9, 7};
-    for (const Drawer &drawer : kDrawers)
-        for (Size d : {Size{10, 10}, Size{12, 8}, Size{40, 45}}) {
-            const Words out = draw(drawer.fn, src, {0, 0, 30, 30}, d, &clip, 0x12345678u);
-            const Words full = draw(drawer.fn, src, {0, 0, 30, 30}, d);
-            for (int32_t y = 0; y < d.h; ++y)
-                for (int32_t x = 0; x < d.w; ++x) {
-                    const size_t i = static_cast<size_t>(y * d.w + x);
-                    const bool in = x >= clip.x1 && x < clip.x2 && y >= clip.y1 && y < clip.y2;
-                    // Inside, the clipped draw matches the unclipped one.
-                    EXPECT_EQ(out[i], in ? full[i] : 0x12345678u)
-                        << drawer.name << " " << d.w << "x" << d.h << " at " << x << "," << y;
-                }
+    const Image src = painted(30, 30, [](int x, int y) { return 0xFF000000u | (x * 8u + y); });
+    const xg_area clip{2, 3, 9, 7}, s{0, 0, 30, 30};
+    for (const xc_scale_func &fn : kDrawers)
+        for (const auto &[w, h] : {std::pair{10, 10}, {12, 8}, {40, 45}}) {
+            // Inside, the clipped draw matches the unclipped one.
+            Words want = drawn(fn, src.get(), s, w, h);
+            for (int32_t i = 0; i < w * h; ++i) {
+                const int32_t x = i % w, y = i / w;
+                if (x < clip.x1 || x >= clip.x2 || y < clip.y1 || y >= clip.y2) want[size_t(i)] = 7;
+            }
+            EXPECT_EQ(drawn(fn, src.get(), s, w, h, &clip, 7), want) << &fn - kDrawers << ": " << w;
         }
-    xc_image_unref(src);
 }
 
 TEST(Smoothing, NothingBleedsInFromOutsideTheSourceArea) {
     // A red frame around a grey interior; only the interior is the source.
-    xc_image *src = test::painted(12, 10, [](int x, int y) {
+    const Image src = painted(12, 10, [](int x, int y) {
         const bool frame = x < 2 || y < 2 || x >= 10 || y >= 8;
-        return frame ? 0xFFFF0000u : test::grey(uint32_t(20 * x + y));
+        return frame ? 0xFFFF0000u : grey(uint32_t(20 * x + y));
     });
-    const xg_area s{2, 2, 10, 8};
-    for (const Drawer &drawer : kDrawers)
-        for (Size d : {Size{1, 1}, Size{3, 2}, Size{8, 6}, Size{20, 15}, Size{5, 17}})
-            for (uint32_t v : draw(drawer.fn, src, s, d))
-                EXPECT_EQ(v >> 16 & 0xFF, v >> 8 & 0xFF) << drawer.name << " " << d.w << "x" << d.h;
-    xc_image_unref(src);
+    for (const xc_scale_func &fn : kDrawers)
+        for (const auto &[w, h] : {std::pair{1, 1}, {3, 2}, {8, 6}, {20, 15}, {5, 17}})
+            for (uint32_t v : drawn(fn, src.get(), {2, 2, 10, 8}, w, h))
+                EXPECT_EQ(v >> 16 & 0xFF, v >> 8 & 0xFF) << &fn - kDrawers << ": " << w << "x" << h;
 }
 
-TEST(Smoothing, AlphaIsFilteredLikeTheColours) {
-    std::vector<uint32_t> words{0x00000000, 0xFF404040, 0x00000000, 0xFF404040};
-    xc_image *src = xc_image_new_from_data(4, 1, words.data(), 32, 0, 1);
-    xc_image *dst = test::blank_alpha(2, 1);
-    const xg_area clip{0, 0, 2, 1}, s{0, 0, 4, 1};
-    xc_image_scale_down_x(src, dst, &clip, &s, &clip, 0xFFFFFFFF);
-    EXPECT_EQ(test::row(dst, 0), (Words{0x7F202020, 0x7F202020}));
-    xc_image_unref(dst);
-    xc_image_unref(src);
+TEST(SmoothingDeathTest, AreaOutsideTheSourceDrawsNothingOrAssertsInLinear) {
+    const Image src = canvas(4, 4, kWhite);
+    EXPECT_EQ(drawn(xc_image_scale_down_xy, src.get(), {2, 2, 6, 6}, 2, 2), Words(4, 0u));
+    EXPECT_DEATH(drawn(xc_scale_linear, src.get(), {-1, 0, 4, 4}, 8, 8), "scale_linear:.*Assert");
 }
 
-TEST(Smoothing, BadAreasDrawNothing) {
-    xc_image *src = test::canvas(4, 4, 0xFFFFFFFFu);
-    const xg_area outside{2, 2, 6, 6};
-    EXPECT_EQ(draw(xc_image_scale_down_xy, src, outside, {2, 2}), Words(4, 0u));
-    xc_image_unref(src);
+Image ramp(int32_t w, int32_t h) {
+    return painted(w, h, [](int x, int y) { return grey(uint32_t(8 * x + 40 * y)); });
 }
 
-TEST(SmoothingDeathTest, LinearAssertsAnAreaInsideTheSource) {
-    xc_image *src = test::canvas(4, 4, 0xFFFFFFFFu);
-    EXPECT_DEATH(draw(xc_scale_linear, src, {-1, 0, 4, 4}, {8, 8}), "scale_linear:.*Assertion");
-    xc_image_unref(src);
+TEST(ScaleDown, BlocksAreAveragedWithSmallerBoxesAtOddEdges) {
+    const Image src = ramp(8, 4), odd = ramp(5, 1);
+    const Image half{xc_image_scale_down_2x(src.get())}, quarter{xc_image_scale_down_4x(src.get())};
+    // Block (0, 0): x 0, 1 and y 0, 1 -> (0 + 8 + 40 + 48) / 4 = 24.
+    EXPECT_EQ(all(half.get()), greys({24, 40, 56, 72, 104, 120, 136, 152}));
+    EXPECT_EQ(all(quarter.get()), greys({72, 104}));
+    EXPECT_EQ((std::array{half->width, quarter->width, quarter->height, int(half->format)}),
+              (std::array{4, 2, 1, 1}));
+    // Boxes of 3 and 2: (0 + 8 + 16) / 3 = 8, (24 + 32) / 2 = 28; then one of 2.
+    const Image odd_half{xc_image_scale_down_2x(odd.get())};
+    const Image odd_quarter{xc_image_scale_down_4x(odd_half.get())};
+    EXPECT_EQ(all(odd_half.get()), greys({8, 28}));
+    EXPECT_EQ(all(odd_quarter.get()), greys({18}));
+    // An alpha source gives an alpha result.
+    uint32_t words[4] = {0x80402010, 0x80402010, 0, 0};
+    const Image alpha{xc_image_new_from_data(2, 2, words, 32, 0, 1)};
+    const Image alpha_half{xc_image_scale_down_2x(alpha.get())};
+    EXPECT_EQ(alpha_half->has_alpha, 1u);
+    EXPECT_EQ(all(alpha_half.get()), Words{0x40201008u});
+}
+
+TEST(ScaleDown, StagedReductionReachesTheTargetAndHalvesFirst) {
+    const Image flat = canvas(100, 60, 0xFF336699);
+    const Image small{xc_image_scale_down_xy_2(flat.get(), 12, 7)};
+    ASSERT_NE(small, nullptr);
+    EXPECT_EQ((std::array{small->width, small->height}), (std::array{12, 7}));
+    EXPECT_EQ(all(small.get()), Words(84, 0xFF336699u));
+    // A ramp reduced 8 -> 2 equals two 2x steps.
+    const Image r = ramp(8, 8), staged{xc_image_scale_down_xy_2(r.get(), 2, 2)};
+    const Image h1{xc_image_scale_down_2x(r.get())}, h2{xc_image_scale_down_2x(h1.get())};
+    EXPECT_EQ(all(staged.get()), all(h2.get()));
+}
+
+TEST(Scale1d, BoxBelowHalfLinearOtherwiseWithStepsAndEmptyCounts) {
+    struct Case { Words src; int32_t src_count, src_step, dst_count, dst_step; Words want; };
+    const Case cases[] = {
+        // Boxes 0-2, 3-5, 6-7; then linear end to end.
+        {{0, 10, 20, 30, 40, 50, 60, 70}, 8, 1, 3, 1, {10, 40, 65, 7, 7, 7}},
+        {{0, 100, 200}, 3, 1, 5, 1, {0, 50, 100, 150, 200, 7}},
+        // A column of a 2-wide image into every other word.
+        {{0, 99, 0x40, 99, 0x80, 99}, 3, 2, 3, 2, {0, 7, 0x40, 7, 0x80, 7}},
+        // Counts below one do nothing.
+        {{1, 2, 3}, 0, 1, 3, 1, Words(6, 7)},
+        {{1, 2, 3}, 3, 1, 0, 1, Words(6, 7)},
+    };
+    for (const Case &c : cases) {
+        Words out(6, 7);
+        xc_image_scale_1d(c.src.data(), c.src_count, c.src_step, out.data(), c.dst_count,
+                          c.dst_step);
+        EXPECT_EQ(out, c.want) << c.src_count << " to " << c.dst_count;
+    }
 }
 
 }  // namespace

@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include "fbcompose/draw.h"
+#include "image_words.hpp"
+
+namespace {
+
+using Points = std::vector<xg_point>;
+
+constexpr xg_area kWhole{0, 0, 8, 6};
+constexpr xg_area kHuge{-100, -100, 100, 100};
+constexpr const char *kNothing = "........ ........ ........ ........ ........ ........";
+
+TEST(LineDraw, TouchesExactlyThesePixels) {
+    struct Case { int32_t x0, y0, x1, y1; xg_area clip; const char *expected; };
+    const Case cases[] = {
+        // Straight lines omit their far end, whichever way they run.
+        {1, 2, 5, 2, kWhole, "........ ........ .####... ........ ........ ........"},
+        {5, 2, 1, 2, kWhole, "........ ........ .####... ........ ........ ........"},
+        {3, 1, 3, 4, kWhole, "........ ...#.... ...#.... ...#.... ........ ........"},
+        // A vertical right of the clip, or a horizontal below it, is still
+        // drawn; left of it or above it, not.
+        {6, 0, 6, 3, {0, 0, 4, 6}, "......#. ......#. ......#. ........ ........ ........"},
+        {1, 0, 1, 3, {2, 0, 8, 6}, kNothing},
+        {0, 5, 3, 5, {0, 0, 8, 3}, "........ ........ ........ ........ ........ ###....."},
+        {0, 0, 5, 0, {0, 1, 8, 6}, kNothing},
+        // Straight lines clipped along their length.
+        {2, 0, 2, 6, {0, 2, 8, 4}, "........ ........ ..#..... ..#..... ........ ........"},
+        {0, 1, 8, 1, {2, 0, 5, 6}, "........ ..###... ........ ........ ........ ........"},
+        // A point, inside and outside the clip.
+        {4, 4, 4, 4, kWhole, "........ ........ ........ ........ ....#... ........"},
+        {4, 4, 4, 4, {0, 0, 4, 4}, kNothing},
+        // Sloped lines, x-major and y-major, draw both ends either way round.
+        {0, 0, 6, 2, kWhole, "##...... ..###... .....##. ........ ........ ........"},
+        {6, 2, 0, 0, kWhole, "##...... ..###... .....##. ........ ........ ........"},
+        {0, 0, 2, 5, kWhole, "#....... #....... .#...... .#...... ..#..... ..#....."},
+        {7, 5, 5, 0, kWhole, ".....#.. .....#.. ......#. ......#. .......# .......#"},
+        // ... and are clipped pixel by pixel.
+        {0, 0, 5, 5, {1, 1, 4, 3}, "........ .#...... ..#..... ........ ........ ........"},
+        // The box has no +1 on x: a line ending on the clip's left column is
+        // dropped whole, while one ending on its top row is drawn.
+        {0, 0, 3, 2, {3, 0, 8, 6}, kNothing},
+        {0, 0, 6, 2, {0, 2, 8, 6}, "........ ........ .....##. ........ ........ ........"},
+        // A clip larger than the image is held to the image.
+        {8, -50, 8, 50, kHuge, kNothing},
+        {-50, 5, 50, 5, kHuge, "........ ........ ........ ........ ........ ########"},
+        {-20, -20, 20, 20, kHuge, "#....... .#...... ..#..... ...#.... ....#... .....#.."},
+    };
+    for (const Case &c : cases) {
+        test::Image image = test::blank_alpha(8, 6);
+        xc_line_draw(image.get(), &c.clip, c.x0, c.y0, c.x1, c.y1, 0xFFFFFFFF);
+        EXPECT_EQ(test::picture(image.get()), c.expected) << c.x0 << "," << c.y0 << " to " << c.x1;
+    }
+}
+
+TEST(LineDraw, BlendsTheColourIntoThePixel) {
+    struct Case { bool alpha; int before; uint32_t colour; int32_t x1, y1; uint32_t expected; };
+    const Case cases[] = {
+        // Alpha 128 over zero: straight lines land the colour bytes as given,
+        // sloped ones premultiplied (c x 128 >> 8).
+        {true, 0, 0x80C86420, 2, 0, 0x80C86420},
+        {true, 0, 0x80C86420, 1, 1, 0x80643210},
+        // Shift by 8, truncated to the byte: (255 - 128) x 255 >> 8 = 126;
+        // red 126 + 255 = 381 stores 125.
+        {true, 0xFF, 0x80FF0040, 0, 0, 0xFE7D7EBE},
+        // An opaque canvas keeps its alpha byte.
+        {false, 0, 0xFF102030, 2, 0, 0x00102030},
+    };
+    for (const Case &c : cases) {
+        test::Image image = c.alpha ? test::blank_alpha(2, 2) : test::canvas(2, 2, 0u);
+        std::memset(image->data, c.before, 16);
+        xc_line_draw(image.get(), &kWhole, 0, 0, c.x1, c.y1, c.colour);
+        EXPECT_EQ(test::at(image.get(), 0, 0), c.expected) << std::hex << c.colour;
+    }
+}
+
+TEST(LineDraw, ImageWithoutPixelsOrWithSixteenBitRowsIsSkipped) {
+    test::Image empty{xc_image_new()};
+    empty->width = empty->height = 4;
+    xc_line_draw(empty.get(), &kWhole, 0, 0, 3, 3, 0xFFFFFFFF);
+    std::vector<uint16_t> words(16, 0);
+    test::Image rgb16{xc_image_new_from_data(4, 4, words.data(), 16, 0, 1)};
+    xc_line_draw(rgb16.get(), &kWhole, 0, 3, 4, 3, 0xFFFFFFFF);
+    EXPECT_EQ(words, std::vector<uint16_t>(16, 0));
+}
+
+constexpr xg_area kAll{0, 0, 10, 10};
+const Points kTriangle{{0, 0}, {8, 0}, {0, 8}};
+
+test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y_offset,
+                 uint32_t colour = 0xFFFFFFFF) {
+    xg_list *list = nullptr;
+    for (xg_point &p : points) list = xg_list_append(list, &p);
+    test::Image image = test::blank_alpha(10, 10);
+    xc_polygon_draw(image.get(), &clip, x_offset, y_offset, list, colour);
+    xg_list_free(list);
+    return image;
+}
+
+TEST(PolygonDraw, EvenOddFillWithTopRowInAndBottomRowOut) {
+    struct Case { Points points; xg_area clip; int32_t x_offset, y_offset; std::string top_rows; };
+    const Case cases[] = {
+        {kTriangle, kAll, 0, 0,
+         "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
+        // Point order does not matter.
+        {{{0, 8}, {8, 0}, {0, 0}}, kAll, 0, 0,
+         "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
+        {{{0, 0}, {8, 8}, {8, 0}, {0, 8}}, kAll, 0, 0,
+         ".......... #......#.. ##....##.. ###..###.. ########.. ###..###.. ##....##.. #......#.."},
+        // Back along a path through an inner square: crossed twice, a hole.
+        {{{1, 1}, {7, 1}, {7, 7}, {1, 7}, {1, 1}, {3, 3}, {3, 5}, {5, 5}, {5, 3}, {3, 3}}, kAll, 0,
+         0, ".......... .######... .######... .##..##... .##..##... .######... .######..."},
+        // Edges sloping more than a pixel per line cover their whole run.
+        {{{0, 0}, {9, 0}, {0, 4}}, kAll, 0, 0, "#########. #######... ####...... ##........"},
+        // The x offset is 14.18 fixed point, the y offset whole pixels.
+        {kTriangle, kAll, 262144, 0,
+         ".########. .#######.. .######... .#####.... .####..... .###...... .##....... .#........"},
+        {kTriangle, kAll, 0, 1,
+         ".......... ########.. #######... ######.... #####..... "
+         "####...... ###....... ##........ #........."},
+        {kTriangle, {2, 2, 6, 6}, 0, 0,
+         ".......... .......... ..####.... ..###..... ..##...... ..#......."},
+        // A clip beyond the image is held to it.
+        {{{-20, -20}, {30, -20}, {30, 30}, {-20, 30}}, {-50, -50, 50, 50}, 0, 0,
+         "########## ########## ########## ########## ########## "
+         "########## ########## ########## ########## ##########"},
+        // No points, horizontal edges only, an empty clip.
+        {{}, kAll, 0, 0, ""},
+        {{{1, 3}, {8, 3}}, kAll, 0, 0, ""},
+        {kTriangle, {5, 5, 5, 9}, 0, 0, ""},
+    };
+    // Rows below those given are empty.
+    const std::string blank = test::picture(test::blank_alpha(10, 10).get());
+    for (const Case &c : cases) {
+        const test::Image image = fill(c.points, c.clip, c.x_offset, c.y_offset);
+        EXPECT_EQ(test::picture(image.get()), c.top_rows + blank.substr(c.top_rows.size()))
+            << c.points.size() << " points";
+    }
+}
+
+TEST(PolygonDraw, ManyPointsUseTheHeapAndStillFill) {
+    // A zig-zag of 1000 points: far more edge records than the stack holds.
+    Points points;
+    for (int i = 0; i < 1000; ++i) points.push_back({i % 2 ? 9 : 8, i / 100});
+    points.push_back({0, 9});
+    points.push_back({0, 0});
+    const std::string picture = test::picture(fill(points, kAll, 0, 0).get());
+    EXPECT_EQ(picture.substr(0, 8), "########");
+    EXPECT_EQ(picture.substr(99), "..........");
+}
+
+TEST(RectangleDraw, ClipsTheCallersAreaInPlaceAndFillsIt) {
+    struct Case { xg_area clip, area; uint32_t colour; xg_area clipped; const char *expected; };
+    const char *nothing = "...... ...... ...... ......";
+    const Case cases[] = {
+        {{1, 1, 5, 3}, {-3, 2, 3, 10}, 0xFFFFFFFF, {1, 2, 3, 3}, "...... ...... .##... ......"},
+        {{0, 0, 2, 2}, {2, 0, 4, 4}, 0xFFFFFFFF, {2, 0, 2, 2}, nothing},
+        // A transparent colour returns before clipping.
+        {{0, 0, 2, 2}, {-5, -5, 10, 10}, 0x00FFFFFF, {-5, -5, 10, 10}, nothing},
+    };
+    for (const Case &c : cases) {
+        test::Image image = test::blank_alpha(6, 4);
+        xg_area area = c.area;
+        xc_rectangle_draw(image.get(), &c.clip, &area, c.colour);
+        EXPECT_EQ(test::picture(image.get()), c.expected);
+        EXPECT_EQ(test::corners(area), test::corners(c.clipped));
+    }
+}
+
+TEST(ShapeColour, IsPremultipliedBeforeTheFill) {
+    test::Image polygon = fill({{0, 0}, {2, 0}, {2, 2}, {0, 2}}, kAll, 0, 0, 0x80FF0000);
+    EXPECT_EQ(test::at(polygon.get(), 1, 1), 0x807F0000u);
+    xg_area area = kAll;
+    test::Image canvas = test::canvas(2, 1, 0u);
+    xc_rectangle_draw(canvas.get(), &kAll, &area, 0xFFFF0000);
+    EXPECT_EQ(test::at(canvas.get(), 0, 0), 0xFFFE0000u);
+}
+
+}  // namespace

@@ -1,0 +1,233 @@
+// Transforms that return a new image: fit to size, rotation, colour matrix,
+// and their refusals (with those of the box down-scalers).
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "drawn.hpp"
+
+namespace {
+
+using namespace test;
+
+// Format, depth, has_alpha and no_cache of a result.
+using Kind = std::array<uint32_t, 4>;
+Kind kind(const xc_image *image) {
+    return {image->format, image->depth, image->has_alpha, image->no_cache};
+}
+
+// The fitted image and the debug line printed on the way.
+std::pair<Image, std::string> fit(xc_image *src, int32_t w, int32_t h, const char *mode) {
+    testing::internal::CaptureStdout();
+    Image out{xc_image_fit_size(src, w, h, mode)};
+    return {std::move(out), testing::internal::GetCapturedStdout()};
+}
+
+std::string geometry(std::array<int, 8> v) {
+    char line[200];
+    std::snprintf(line, sizeof line,
+                  "xc_image_fit_size: src: x = %d y = %d w = %d h = %d dst: x = %d y = %d w = %d "
+                  "h = %d\n",
+                  v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7]);
+    return line;
+}
+
+TEST(FitSize, GeometryOfEveryModeIsPrintedOnTheDebugLine) {
+    struct Case { int32_t w0, h0, w, h; const char *mode; std::array<int, 8> line; };
+    const Case cases[] = {
+        {400, 100, 200, 100, "crop", {100, 0, 200, 100, 0, 0, 200, 100}},
+        {100, 200, 100, 100, "crop", {0, 50, 100, 100, 0, 0, 100, 100}},
+        {200, 100, 100, 100, nullptr, {0, 0, 200, 100, 0, 0, 100, 100}},
+        {300, 100, 100, 50, "crop", {75, 0, 150, 100, 0, 0, 100, 50}},
+        {60, 60, 30, 30, "crop", {0, 0, 60, 60, 0, 0, 30, 30}},
+        {200, 100, 100, 100, "matte", {0, 0, 200, 100, 0, 25, 100, 50}},
+        {100, 200, 100, 100, "matte", {0, 0, 100, 200, 25, 0, 50, 100}},
+        {50, 40, 100, 100, "matte", {0, 0, 50, 40, 0, 10, 100, 80}},
+        {60, 60, 30, 30, "matte", {0, 0, 60, 60, 0, 0, 30, 30}},
+        {50, 40, 100, 100, "matte-both", {0, 0, 50, 40, 25, 30, 50, 40}},
+        {200, 100, 100, 100, "matte-both", {0, 0, 200, 100, 0, 25, 100, 50}},
+        {200, 100, 100, 100, "distort", {0, 0, 200, 100, 0, 0, 100, 100}},
+        {400, 100, 200, 100, "Matte", {100, 0, 200, 100, 0, 0, 200, 100}},
+        {400, 100, 200, 100, "stretch", {100, 0, 200, 100, 0, 0, 200, 100}},
+    };
+    for (const Case &c : cases) {
+        const Image src = canvas(c.w0, c.h0, kWhite);
+        const auto [out, line] = fit(src.get(), c.w, c.h, c.mode);
+        EXPECT_EQ(line, geometry(c.line)) << (c.mode ? c.mode : "null");
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ((std::array{out->width, out->height, out->ref}), (std::array{c.w, c.h, 1}));
+        EXPECT_EQ(kind(out.get()), (Kind{1, 24, 0, 1}));
+    }
+}
+
+TEST(FitSize, MatteBarsAreOpaqueBlack) {
+    const Image src = canvas(200, 100, 0xFF336699u);
+    const Image out = fit(src.get(), 100, 100, "matte").first;
+    for (int32_t y : {0, 24, 75, 99}) EXPECT_EQ(row(out.get(), y), Words(100, 0xFF000000u)) << y;
+    for (int32_t y : {25, 50, 74}) EXPECT_EQ(row(out.get(), y), Words(100, 0xFF336699u)) << y;
+}
+
+TEST(FitSize, SourceWithoutPixelsGivesBlackAfterTheDebugLine) {
+    const Image src{xc_image_new()};
+    src->width = src->height = 10;
+    const auto [out, line] = fit(src.get(), 4, 4, "distort");
+    EXPECT_EQ(line, geometry({0, 0, 10, 10, 0, 0, 4, 4}));
+    EXPECT_EQ(all(out.get()), Words(16, 0xFF000000u));
+}
+
+TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
+    const Image src = canvas(3, 2, Words{1, 2, 3, 4, 5, 6});
+    struct Case { int32_t degrees, w; Words expected; };
+    const Case cases[] = {
+        {0, 3, {1, 2, 3, 4, 5, 6}},   {90, 2, {4, 1, 5, 2, 6, 3}},  {180, 3, {6, 5, 4, 3, 2, 1}},
+        {270, 2, {3, 6, 2, 5, 1, 4}}, {-90, 2, {3, 6, 2, 5, 1, 4}}, {450, 2, {4, 1, 5, 2, 6, 3}},
+        {-720, 3, {1, 2, 3, 4, 5, 6}},
+    };
+    for (const Case &c : cases) {
+        const Image out{xc_image_new_from_rotated_image(src.get(), c.degrees)};
+        EXPECT_EQ(all(out.get()), c.expected) << c.degrees;
+        EXPECT_EQ((std::array{out->width, out->height}), (std::array{c.w, 6 / c.w}));
+        EXPECT_EQ(kind(out.get()), (Kind{1, 24, 0, 1}));
+    }
+    // Sixteen-bit pixels stay sixteen bits, in rows of width x 2 bytes.
+    std::vector<uint16_t> words{1, 2, 3, 4, 5, 6};
+    const Image rgb16{xc_image_new_from_data(3, 2, words.data(), 16, 0, 1)};
+    const Image out{xc_image_new_from_rotated_image(rgb16.get(), 90)};
+    const auto *p = reinterpret_cast<uint16_t *>(out->data);
+    EXPECT_EQ((std::array{int(out->depth), out->rowstride}), (std::array{16, 4}));
+    EXPECT_EQ(std::vector<uint16_t>(p, p + 6), (std::vector<uint16_t>{4, 1, 5, 2, 6, 3}));
+}
+
+TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
+    const Image src = canvas(20, 10, 0x00406080u);  // opaque source: alpha byte ignored
+    struct Case { int32_t degrees, w, h; };
+    const Case cases[] = {{45, 22, 22}, {30, 23, 19}, {-30, 23, 19}, {135, 22, 22}, {1, 21, 11}};
+    for (const Case &c : cases) {
+        const Image out{xc_image_new_from_rotated_image(src.get(), c.degrees)};
+        EXPECT_EQ((std::array{out->width, out->height}), (std::array{c.w, c.h}));
+        EXPECT_EQ(kind(out.get()), (Kind{0, 32, 1, 1}));
+        const uint32_t corners = at(out.get(), 0, 0) | at(out.get(), c.w - 1, c.h - 1);
+        EXPECT_TRUE(c.degrees == 1 || corners == 0) << c.degrees;
+        // The interior of a constant opaque image stays exactly that colour.
+        EXPECT_EQ(at(out.get(), c.w / 2, c.h / 2), 0xFF406080u) << c.degrees;
+        // Edges are antialiased: alpha somewhere strictly between 0 and 255,
+        // and colour never exceeds alpha (premultiplied).
+        bool partial = false;
+        for (uint32_t v : all(out.get())) {
+            partial |= v >> 24 > 0 && v >> 24 < 255;
+            EXPECT_LE(v >> 16 & 0xFF, v >> 24);
+        }
+        EXPECT_TRUE(partial) << c.degrees;
+    }
+    // A horizontal gradient turned by 1 degree: the box grows to 22 x 12, so
+    // the middle row sits half a pixel left of the source's columns (5 grey
+    // levels) and keeps its values within what the tilt moves them.
+    const Image ramp = painted(21, 11, [](int x, int) { return grey(uint32_t(10 * x)); });
+    const Image out{xc_image_new_from_rotated_image(ramp.get(), 1)};
+    for (int32_t x = 2; x < 19; ++x) EXPECT_NEAR(int(at(out.get(), x, 5) & 0xFF), 10 * x - 5, 2);
+}
+
+using Matrix = std::array<float, 16>;
+
+constexpr Matrix kIdentity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+constexpr Matrix kGrey{0.299f, 0.299f, 0.299f, 0, 0.587f, 0.587f, 0.587f, 0,
+                       0.114f, 0.114f, 0.114f, 0, 0,      0,      0,      0};
+constexpr int32_t kLow[3] = {0, 0, 0}, kHigh[3] = {255, 255, 255};
+const Words kPixels{0xFF000000, 0x80FFFFFF, 0x40FA0A05, 0x00123456, 0xFF80C020, 0x11FFFFFF};
+
+Words transform(const Matrix &m, const int32_t lower[3], const Words &pixels = kPixels,
+                const int32_t upper[3] = kHigh) {
+    const Image src = canvas(3, 2, pixels);
+    const Image out{xc_image_new_from_color_transformed_image(src.get(), m.data(), lower, upper)};
+    return all(out.get());
+}
+
+TEST(ColorTransform, GreyMatrixTakesTheFastPathAndKeepsAlpha) {
+    Words expected;
+    for (uint32_t p : kPixels) {
+        const uint32_t r = p >> 16 & 0xFF, g = p >> 8 & 0xFF, b = p & 0xFF;
+        const uint32_t y = (r * 19595 + g * 38469 + b * 7471) >> 16;
+        expected.push_back((p & 0xFF000000u) | y << 16 | y << 8 | y);
+    }
+    EXPECT_EQ(transform(kGrey, kLow), expected);
+    // The general path (a lower bound of -1 turns it on) agrees in range.
+    const int32_t low[3] = {-1, 0, 0};
+    EXPECT_EQ(transform(kGrey, low), expected);
+}
+
+TEST(ColorTransform, BiasesAreClampedAndWeightsTruncatedToSixteenBitFractions) {
+    Matrix grey_biased = kGrey, red_biased = kIdentity, fractions{};
+    grey_biased[12] = 100;  // the fast path clamps each channel after its bias
+    grey_biased[13] = -300;
+    red_biased[12] = 10;
+    // 0.99999 and 1.00001 become 65535 and 65536: 0 and 1; blue from red is
+    // (255 x 32768 + 32768) >> 16 = 128.
+    fractions[12] = 0.99999f;
+    fractions[13] = 1.00001f;
+    fractions[14] = 0.5f;
+    fractions[2] = 0.5f;
+    EXPECT_EQ(transform(grey_biased, kLow, Words(6, 0xFFC8C8C8u)), Words(6, 0xFFFF00C7u));
+    EXPECT_EQ(transform(red_biased, kLow, Words(6, 0x20FA0A05u)), Words(6, 0x20FF0A05u));
+    EXPECT_EQ(transform(red_biased, kLow, Words(6, 0x20100A05u)), Words(6, 0x201A0A05u));
+    EXPECT_EQ(transform(fractions, kLow, Words(6, 0xFFFF0000u)), Words(6, 0xFF000180u));
+}
+
+TEST(ColorTransform, LowerBoundWinsOverALowerUpperBound) {
+    const int32_t lower[3] = {0, 100, 0}, upper[3] = {255, 50, 255};
+    for (uint32_t p : transform(kIdentity, lower, kPixels, upper)) EXPECT_EQ(p >> 8 & 0xFF, 100u);
+}
+
+TEST(ColorTransform, ResultIsANewOpaqueUncachedImageAndANullMatrixCopies) {
+    const Image src = canvas(3, 2, kPixels);
+    for (const float *m : {kIdentity.data(), static_cast<const float *>(nullptr)}) {
+        const Image out{xc_image_new_from_color_transformed_image(src.get(), m, m ? kLow : nullptr,
+                                                                  m ? kHigh : nullptr)};
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ((std::array{out->ref, int(out->format), int(out->no_cache)}),
+                  (std::array{1, 1, 1}));
+        EXPECT_EQ(all(out.get()), kPixels);
+        std::memset(out->data, 0, 24);
+        EXPECT_EQ(all(src.get()), kPixels) << "an independent copy";
+    }
+}
+
+TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
+    const Image src = canvas(10, 10, 0u), empty{xc_image_new()}, sized{xc_image_new()};
+    const Image huge{xc_image_new_with_data(20000, 1, nullptr, 1, 0, 0, 0)};
+    std::vector<uint16_t> words(4);
+    const Image rgb16{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
+    sized->width = sized->height = 4;
+    const char *kFit = "xc_image_fit_size: bad size", *kRotate = "xc_image_new_from_rotated_image";
+    const char *k32 = "no 32-bit pixels";
+    const float *m = kIdentity.data();
+    const int32_t *low = kLow, *high = kHigh;
+    const struct {
+        std::function<xc_image *()> call;
+        const char *message;
+    } cases[] = {
+        // Sizes that would divide by zero.
+        {[&] { return xc_image_fit_size(src.get(), 0, 10, "matte"); }, kFit},
+        {[&] { return xc_image_fit_size(src.get(), 10, 0, "matte"); }, kFit},
+        {[&] { return xc_image_fit_size(src.get(), -5, 10, "matte"); }, kFit},
+        {[&] { return xc_image_fit_size(empty.get(), 10, 10, "matte"); }, kFit},
+        {[&] { return xc_image_new_from_rotated_image(sized.get(), 30); }, kRotate},
+        {[&] { return xc_image_new_from_rotated_image(huge.get(), 30); }, kRotate},
+        {[&] { return xc_image_new_from_color_transformed_image(rgb16.get(), m, low, high); }, k32},
+        {[&] { return xc_image_new_from_color_transformed_image(empty.get(), m, low, high); }, k32},
+        {[&] { return xc_image_scale_down_2x(empty.get()); }, "xc_image_scale_down_2x: no pixels"},
+        {[&] { return xc_image_scale_down_4x(nullptr); }, ""},
+        {[&] { return xc_image_scale_down_xy_2(src.get(), 0, 3); },
+         "xc_image_scale_down_xy_2: bad size 0 x 3"},
+    };
+    for (const auto &c : cases) {
+        testing::internal::CaptureStdout();
+        const Image out{c.call()};
+        const std::string printed = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(out, nullptr) << c.message;
+        EXPECT_NE(printed.find(c.message), std::string::npos) << c.message;
+    }
+}
+
+}  // namespace
