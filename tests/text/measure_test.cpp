@@ -44,7 +44,7 @@ TEST_F(Measure, AdvanceAndSizeSumTheFirstCountCharacters) {
         EXPECT_EQ(xc_font_query_advance(font, terminated(c.text).data(), c.count), width);
     }
     EXPECT_EQ(xc_font_query_advance(font, nullptr, -1), 0);
-    xc_font_query_size(font, wave.data(), 1, nullptr, nullptr);
+    xc_font_query_size(font, terminated(wave).data(), -1, nullptr, nullptr);
 }
 
 TEST_F(Measure, HitTestOnCharacterBoundariesAndCaretBoxesAgree) {
