@@ -1,8 +1,38 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "fbcompose/image.h"
 
 namespace {
+
+// Rows: b, then a after xg_area_cross(a, b) and after xg_area_intersect_area(a, b),
+// with a = {0, 0, 10, 10}. Cross never normalises; disjoint areas collapse.
+TEST(Area, CrossClampsInPlaceAndIntersectCollapsesDisjointAreas) {
+    const int32_t rows[][12] = {
+        {10, 0, 20, 10, 10, 0, 10, 10, 0, 0, 0, 0},
+        {5, 5, 20, 20, 5, 5, 10, 10, 5, 5, 10, 10},
+        {20, 20, 30, 30, 20, 20, 10, 10, 0, 0, 0, 0},
+    };
+    for (const auto &r : rows) {
+        const xg_area b{r[0], r[1], r[2], r[3]};
+        xg_area crossed{0, 0, 10, 10}, met{0, 0, 10, 10};
+        xg_area_cross(&crossed, &b);
+        xg_area_intersect_area(&met, &b);
+        EXPECT_EQ(std::vector<int32_t>({crossed.x1, crossed.y1, crossed.x2, crossed.y2, met.x1,
+                                        met.y1, met.x2, met.y2}),
+                  std::vector<int32_t>(r + 4, r + 12));
+    }
+}
+
+TEST(Image, PointerStepsTwoBytesAtDepth16AndFourAtEveryOtherDepth) {
+    for (const uint32_t format : {0u, 2u, 3u}) {  // 24-bit format 2 too
+        xc_image *image = xc_image_new_with_data(10, 10, nullptr, format, 0, 0, 40);
+        const auto *p = static_cast<uint8_t *>(xc_image_pointer(image, 3, 2));
+        EXPECT_EQ(p - image->data, 80 + (format == 3 ? 6 : 12)) << format;
+        xc_image_unref(image);
+    }
+}
 
 TEST(PrintArea, WritesTheFourCorners) {
     const xg_area area{1, -2, 30, 40};
