@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 
 #include "cli.hpp"
 
@@ -31,8 +32,15 @@ bool panel::make(int32_t depth, int32_t rotation, int32_t canvas_width, int32_t 
     out.width_ = turned ? canvas_height : canvas_width;
     out.height_ = turned ? canvas_width : canvas_height;
     out.pixel_bytes_ = depth == 16 ? 2 : 4;
-    out.frame_.assign(static_cast<size_t>(out.width_) * static_cast<size_t>(out.height_) *
-                          static_cast<size_t>(out.pixel_bytes_), 0);
+    // A frame buffer the machine cannot hold is reported, not thrown.
+    try {
+        out.frame_.assign(static_cast<size_t>(out.width_) * static_cast<size_t>(out.height_) *
+                              static_cast<size_t>(out.pixel_bytes_), 0);
+    } catch (const std::bad_alloc &) {
+        problem = cat({"no memory for a ", std::to_string(out.width_), "x",
+                       std::to_string(out.height_), " frame buffer"});
+        return false;
+    }
     return true;
 }
 
