@@ -8,7 +8,7 @@ sysroot=${1:?usage: armel-sysroot.sh SYSROOT}
 [ ! -e "$sysroot" ] || { echo "$sysroot exists already; not touching it" >&2; exit 1; }
 packages=(libfreetype6 libfreetype-dev libpng16-16 libpng-dev libjpeg62-turbo
           libjpeg62-turbo-dev libgif7 libgif-dev zlib1g zlib1g-dev libbrotli1
-          libbrotli-dev libbz2-1.0 libgtest-dev)
+          libbrotli-dev libbz2-1.0 libgtest-dev libpixman-1-0 libpixman-1-dev)
 sudo=""
 [ "$(id -u)" -eq 0 ] || sudo=sudo
 
