@@ -7,6 +7,7 @@
 
 #include "core/assert.hpp"
 #include "core/image_internal.hpp"
+#include "core/log.hpp"
 #include "fbcompose/image.h"
 #include "fbcompose/list.h"
 
@@ -82,7 +83,7 @@ xc_image *xc_image_lookup_in_cache(const char *filename) {
     fbc::inactive = xg_list_remove_list(fbc::inactive, item);
     fbc::inactive_bytes -= fbc::image_cache_bytes(image);
     if (image->no_cache) {
-        std::printf("%s: bad filename(%s) is set no-cache but it is in cache "
+        fbc::log_out("%s: bad filename(%s) is set no-cache but it is in cache "
                     "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!\n",
                     "xc_image_lookup_in_cache", filename);
     }

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/image_internal.hpp"
+#include "core/log.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
@@ -173,7 +174,7 @@ void xc_image_unref(xc_image *image) {
     if (!image) return;
     --image->ref;
     if (image->ref < 0) {
-        std::printf("!!!!!!!!!!!!!!!!!!!!!!!!!!!! image ref(%p) is negative: %d\n",
+        fbc::log_out("!!!!!!!!!!!!!!!!!!!!!!!!!!!! image ref(%p) is negative: %d\n",
                     static_cast<void *>(image), image->ref);
         return;
     }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/draw.h"
 
@@ -61,7 +62,7 @@ xc_dm *xc_dm_new(int32_t width, int32_t height) {
     const auto bytes = fbc::checked_product(cols, rows, sizeof(int32_t));
     if (!bytes || width < 0 || height < 0) {
         // An empty screen: every area then lies outside it.
-        std::fprintf(stderr, "xc_dm_new: refused screen size %d x %d\n", width, height);
+        fbc::log_err("xc_dm_new: refused screen size %d x %d\n", width, height);
         return dm;
     }
     dm->cols = static_cast<int32_t>(cols);

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
@@ -251,7 +252,7 @@ void set_flags(xc_image *image, const BmpHeader &h) {
 bool read_header(const std::vector<uint8_t> &bytes, const char *filename, BmpHeader &h) {
     ByteReader in(bytes);
     if (!parse_header(in, h)) {
-        std::fprintf(stderr, "bmp: file(%s) is not a BMP image this decoder reads\n", filename);
+        fbc::log_err("bmp: file(%s) is not a BMP image this decoder reads\n", filename);
         return false;
     }
     return image_size_fits("bmp", filename, h.width, h.height);
@@ -272,7 +273,7 @@ int bmp_load_data(xc_image *image, const char *filename) {
     ByteReader in(*bytes);
     uint32_t palette[256];
     if (!read_palette(in, h, palette)) {
-        std::fprintf(stderr, "bmp: file(%s) is cut inside its palette\n", filename);
+        fbc::log_err("bmp: file(%s) is cut inside its palette\n", filename);
         return -1;
     }
     set_flags(image, h);
@@ -284,7 +285,7 @@ int bmp_load_data(xc_image *image, const char *filename) {
         for (size_t i = 0; i < count; ++i) pixels[i] = palette[0];
         decode_rle(in, image, h, palette);
     } else if (!decode_uncompressed(in, image, h, palette)) {
-        std::fprintf(stderr, "bmp: file(%s) is cut inside its pixels\n", filename);
+        fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
         std::free(image->data);
         image->data = nullptr;
         return -1;

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "core/log.hpp"
 #include "core/size_check.hpp"
 
 namespace fbc {
@@ -11,7 +12,7 @@ namespace fbc {
 bool image_size_fits(const char *codec, const char *filename, int64_t width,
                      int64_t height) {
     if (checked_product(width, height, 4)) return true;
-    std::fprintf(stderr, "%s: file(%s) has unusable size %lldx%lld\n", codec, filename,
+    fbc::log_err("%s: file(%s) has unusable size %lldx%lld\n", codec, filename,
                  static_cast<long long>(width), static_cast<long long>(height));
     return false;
 }

@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/log.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -258,13 +259,13 @@ GifPlayer *player_of(xc_image *image) { return static_cast<GifPlayer *>(image->l
 GifPlayer *open_player(const char *filename) {
     auto bytes = read_whole_file(filename);
     if (!bytes) {
-        std::fprintf(stderr, "Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
+        fbc::log_err("Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
         return nullptr;
     }
     auto *player = new GifPlayer;
     player->bytes = std::move(*bytes);
     if (!open_decoder(*player)) {
-        std::fprintf(stderr, "gif: file(%s) is not a GIF image\n", filename);
+        fbc::log_err("gif: file(%s) is not a GIF image\n", filename);
         delete player;
         return nullptr;
     }
@@ -272,7 +273,7 @@ GifPlayer *open_player(const char *filename) {
     if (gif->SWidth <= 0 || gif->SHeight <= 0 ||
         !image_size_fits("gif", filename, gif->SWidth, gif->SHeight)) {
         if (gif->SWidth <= 0 || gif->SHeight <= 0)
-            std::fprintf(stderr, "gif: file(%s) has an empty screen\n", filename);
+            fbc::log_err("gif: file(%s) has an empty screen\n", filename);
         delete player;
         return nullptr;
     }
@@ -284,7 +285,7 @@ int gif_load_info(xc_image *image, const char *filename) {
     if (!player) return -1;
     const GifOutline outline = outline_of(player->gif);
     const int result = outline.frames > 0 ? 0 : -1;
-    if (outline.frames == 0) std::fprintf(stderr, "gif: file(%s) holds no image\n", filename);
+    if (outline.frames == 0) fbc::log_err("gif: file(%s) holds no image\n", filename);
     image->width = player->gif->SWidth;
     image->height = player->gif->SHeight;
     image->is_ani = outline.frames > 1;
@@ -308,7 +309,7 @@ int gif_load_data(xc_image *image, const char *filename) {
     }
     std::memset(image->data, 0, static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
     if (!composite_next_frame(*player, image, &changed)) {
-        std::fprintf(stderr, "gif: file(%s) holds no image\n", filename);
+        fbc::log_err("gif: file(%s) holds no image\n", filename);
         std::free(image->data);
         image->data = nullptr;
         delete player;

@@ -8,6 +8,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "core/log.hpp"
 #include "fbcompose/loader.h"
 
 namespace fbc {
@@ -60,18 +61,18 @@ void read_index(FILE *file, long size, DirectoryArchive &archive) {
 
 // First lookup in a directory: reads its archive, if it has a usable one.
 void examine_directory(const std::string &prefix, DirectoryArchive &archive) {
-    std::printf("add dir = %s\n", prefix.c_str());
+    fbc::log_out("add dir = %s\n", prefix.c_str());
     const std::string path = prefix + "img.ar";
     FILE *file = std::fopen(path.c_str(), "rb");
     if (!file) {
-        std::printf("this dir %s has not img.ar\n", prefix.c_str());
+        fbc::log_out("this dir %s has not img.ar\n", prefix.c_str());
         return;
     }
-    std::printf("dir = %s\n", prefix.c_str());
+    fbc::log_out("dir = %s\n", prefix.c_str());
     const long size = file_size(file);
     char magic[8];
     if (size < 0 || std::fread(magic, 1, 8, file) != 8 || std::memcmp(magic, "IMGARCH0", 8) != 0) {
-        std::printf("not our archive");
+        fbc::log_out("not our archive");
         std::fclose(file);
         return;
     }

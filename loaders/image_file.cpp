@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "core/image_internal.hpp"
+#include "core/log.hpp"
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
 #include "loaders/loader_registry.hpp"
@@ -26,7 +27,7 @@ xc_image_loader *find_accepting_loader(xc_image *image, const char *filename,
         const char *ext = loader_matching_suffix(*loader, suffix);
         if (!ext) continue;
         if ((*loader)->load_info(image, filename) >= 0) return *loader;
-        std::printf("%s file(%s) load failed\n", ext, filename);
+        fbc::log_out("%s file(%s) load failed\n", ext, filename);
         *suffix_known = true;
     }
     return nullptr;
@@ -46,8 +47,8 @@ xc_image *xc_image_new_from_file(const char *filename) {
     bool suffix_known = false;
     xc_image_loader *loader = fbc::find_accepting_loader(image, filename, suffix, &suffix_known);
     if (!loader) {
-        if (suffix_known) std::printf("file(%s) load failed\n", filename);
-        else std::printf("file(%s) load failed: unsupported suffix %s\n", filename, suffix);
+        if (suffix_known) fbc::log_out("file(%s) load failed\n", filename);
+        else fbc::log_out("file(%s) load failed: unsupported suffix %s\n", filename, suffix);
         xc_image_unref(image);
         return nullptr;
     }

@@ -15,6 +15,7 @@
 // jpeglib.h needs FILE and size_t declared before it.
 #include <jpeglib.h>
 
+#include "core/log.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -30,6 +31,14 @@ jmp_buf decoder_jump;
 // libjpeg hands its row batches over in groups of at most this many rows.
 constexpr JDIMENSION kMaxBatchRows = 16;
 
+// libjpeg's own text and stream (standard error), through the library's
+// diagnostics so that a program's handler sees it.
+void print_message(j_common_ptr cinfo) {
+    char text[JMSG_LENGTH_MAX];
+    (*cinfo->err->format_message)(cinfo, text);
+    fbc::log_err("%s\n", text);
+}
+
 [[noreturn]] void jump_on_error(j_common_ptr cinfo) {
     (*cinfo->err->output_message)(cinfo);
     std::longjmp(*static_cast<jmp_buf *>(cinfo->client_data), 1);
@@ -38,6 +47,7 @@ constexpr JDIMENSION kMaxBatchRows = 16;
 void create_decoder(FILE *file) {
     decoder.err = jpeg_std_error(&decoder_errors);
     decoder_errors.error_exit = jump_on_error;
+    decoder_errors.output_message = print_message;
     decoder.client_data = &decoder_jump;
     jpeg_create_decompress(&decoder);
     jpeg_stdio_src(&decoder, file);
@@ -154,7 +164,7 @@ int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
     image->width = static_cast<int32_t>(decoder.output_width);
     image->height = static_cast<int32_t>(decoder.output_height);
     if (decoder.rec_outbuf_height > static_cast<int>(kMaxBatchRows)) {
-        std::printf("%s: jpeg decoding failed\n", "load_image_file_data_jpeg_internal");
+        fbc::log_out("%s: jpeg decoding failed\n", "load_image_file_data_jpeg_internal");
         jpeg_destroy_decompress(&decoder);
         return -1;
     }
@@ -180,7 +190,7 @@ int jpeg_load_data(xc_image *image, const char *filename) {
     if (!filename) return -1;
     FILE *file = std::fopen(filename, "rb");
     if (!file) {
-        std::fprintf(stderr, "Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
+        fbc::log_err("Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
         return -1;
     }
     const int result = decode_jpeg(image, filename, file);
@@ -218,9 +228,10 @@ int encode_jpeg(JpegEncoder *e, const xc_image *image, const xg_area &area, FILE
     }
     e->cinfo.err = jpeg_std_error(&e->errors);
     e->errors.error_exit = jump_on_encode_error;
+    e->errors.output_message = print_message;
     e->cinfo.client_data = &e->jump;
     jpeg_create_compress(&e->cinfo);
-    std::printf("cinfo.in_color_space = %d\n", static_cast<int>(e->cinfo.in_color_space));
+    fbc::log_out("cinfo.in_color_space = %d\n", static_cast<int>(e->cinfo.in_color_space));
     jpeg_stdio_dest(&e->cinfo, file);
     const auto width = static_cast<JDIMENSION>(area.x2 - area.x1);
     const auto height = static_cast<JDIMENSION>(area.y2 - area.y1);

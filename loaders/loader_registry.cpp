@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/log.hpp"
+
 namespace fbc {
 namespace {
 
@@ -26,19 +28,19 @@ int load_modules() {
     const char *value = std::getenv("CANVAS_IMAGE_LOADER");
     if (!value) return 0;
     module_list = strdup(value);
-    std::printf("loading dyn image loader:%s\n", value);
+    fbc::log_out("loading dyn image loader:%s\n", value);
     int count = 0;
     for (char *token = std::strtok(module_list, ","); token;
          token = std::strtok(nullptr, ",")) {
-        std::printf("loader = %s\n", token);
+        fbc::log_out("loader = %s\n", token);
         void *module = dlopen(token, RTLD_NOW);
         if (!module) {
-            std::printf("module(%s) open failed:%s\n", token, dlerror());
+            fbc::log_out("module(%s) open failed:%s\n", token, dlerror());
             continue;
         }
         void *record = dlsym(module, "image_loader");
         if (!record) {
-            std::printf("symbol('image_loader') loading failed in %s:%s\n", token,
+            fbc::log_out("symbol('image_loader') loading failed in %s:%s\n", token,
                         dlerror());
             dlclose(module);
             continue;
@@ -57,7 +59,7 @@ void build_registry() {
         std::realloc(registry, sizeof(*registry) * (static_cast<size_t>(modules) + built_in)));
     std::memcpy(registry + modules, kBuiltIn, sizeof(kBuiltIn));
     for (int i = 0; registry[i]; ++i)
-        std::printf("loaders[%d] ext = %s\n", i, registry[i]->ext[0]);
+        fbc::log_out("loaders[%d] ext = %s\n", i, registry[i]->ext[0]);
 }
 
 }  // namespace

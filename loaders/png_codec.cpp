@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -39,7 +40,7 @@ FILE *open_png(const char *filename, long *offset) {
         *offset = stored_at;
     }
     if (!file) {
-        std::fprintf(stderr, "Couldn't load '%s' image:%s\n", filename, std::strerror(open_error));
+        fbc::log_err("Couldn't load '%s' image:%s\n", filename, std::strerror(open_error));
     }
     return file;
 }
@@ -112,6 +113,17 @@ int read_png(xc_image *image, const char *filename, PngReadSession *s, bool info
     return alpha;
 }
 
+// libpng's own texts on standard error, as its default handlers print them,
+// but through the library's diagnostics so that a program's handler sees them.
+[[noreturn]] void report_error(png_structp png, png_const_charp message) {
+    fbc::log_err("libpng error: %s\n", message ? message : "undefined");
+    png_longjmp(png, 1);
+}
+
+void report_warning(png_structp, png_const_charp message) {
+    fbc::log_err("libpng warning: %s\n", message);
+}
+
 int load_png(xc_image *image, const char *filename, bool info_only) {
     PngReadSession s;
     long offset = 0;
@@ -121,8 +133,7 @@ int load_png(xc_image *image, const char *filename, bool info_only) {
         std::fclose(s.file);
         return -1;
     }
-    // libpng's own error and warning output is used.
-    s.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    s.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, report_error, report_warning);
     if (s.png) s.info = png_create_info_struct(s.png);
     const int result = s.info ? read_png(image, filename, &s, info_only) : -1;
     if (result < 0 && s.allocated_pixels) {
@@ -181,7 +192,7 @@ int png_save(xc_image *image, const char *filename, const xg_area *area, const c
     s.file = std::fopen(filename, "wb");
     if (!s.file) return -1;
     s.row = static_cast<png_bytep>(std::malloc(static_cast<size_t>(rect.x2 - rect.x1) * 3));
-    s.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    s.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, report_error, report_warning);
     if (s.png) s.info = png_create_info_struct(s.png);
     const int result = s.info && s.row ? write_png(image, rect, &s) : -1;
     png_destroy_write_struct(&s.png, &s.info);

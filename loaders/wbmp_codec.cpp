@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
@@ -71,7 +72,7 @@ int wbmp_load_info(xc_image *image, const char *filename) {
 int wbmp_load_data(xc_image *image, const char *filename) {
     const auto bytes = read_whole_file(filename);
     if (!bytes) {
-        std::fprintf(stderr, "%s:%s:%s\n", "xc_wbmp_load", filename, std::strerror(errno));
+        fbc::log_err("%s:%s:%s\n", "xc_wbmp_load", filename, std::strerror(errno));
         if (!image->data) return -1;
         image->has_alpha = 0;
         return 0;
@@ -107,7 +108,7 @@ xc_image_loader wbmp_loader = {fbc::kExtensions, "wbmp", fbc::wbmp_load_data,
 int xc_wbmp_get_size(const char *path, int32_t *w, int32_t *h) {
     const auto bytes = fbc::read_whole_file(path);
     if (!bytes) {
-        std::fprintf(stderr, "fopen() error filename = %s\n", path);
+        fbc::log_err("fopen() error filename = %s\n", path);
         return -1;
     }
     fbc::ByteReader in(*bytes);

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "core/assert.hpp"
+#include "core/log.hpp"
 #include "fbcompose/pixel.h"
 
 namespace fbc::px {
@@ -55,7 +56,7 @@ xc_draw_func xc_get_draw_func(const xc_image *src, const xc_image *dst) {
     if (src->has_alpha || dst->has_alpha) return fbc::px::kDraw[src->has_alpha][dst->has_alpha];
     const unsigned dst_depth = dst->depth;
     if (dst_depth < 16) {
-        std::printf("dst depth = %d\n", static_cast<int>(dst_depth));
+        fbc::log_out("dst depth = %d\n", static_cast<int>(dst_depth));
         FBC_ASSERT("draw_func", 0);
         return nullptr;
     }

@@ -9,6 +9,7 @@
 #include FT_SIZES_H
 
 #include "core/assert.hpp"
+#include "core/log.hpp"
 #include "fbcompose/list.h"
 #include "fbcompose/text.h"
 #include "text/font_internal.hpp"
@@ -108,7 +109,7 @@ xc_font *new_handle(xc_font_source *fs, int32_t size, int32_t bold_x, int32_t bo
     font->face = fs->face;
     if (FT_New_Size(font->face, &font->ft_size) == 0) FT_Activate_Size(font->ft_size);
     const FT_Error error = FT_Set_Char_Size(font->face, 0, char_height(size), kDpi, kDpi);
-    if (error != 0) std::printf("font_load Set_Char_Size size = %d failed = %d\n", size, error);
+    if (error != 0) fbc::log_out("font_load Set_Char_Size size = %d failed = %d\n", size, error);
     fs->cur_size = size;
     font->ref = 1;
     return font;

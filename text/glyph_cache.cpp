@@ -11,6 +11,7 @@
 #include FT_BITMAP_H
 
 #include "core/assert.hpp"
+#include "core/log.hpp"
 #include "fbcompose/text.h"
 #include "text/font_internal.hpp"
 
@@ -77,7 +78,7 @@ Found find_in_fallback_list(xc_font *font, uint16_t ch) {
 }
 
 [[noreturn]] void glyph_failed(FT_Face face, FT_UInt index) {
-    std::printf("load glyph failed: face = %p index = %d\n", static_cast<void *>(face),
+    fbc::log_out("load glyph failed: face = %p index = %d\n", static_cast<void *>(face),
                 static_cast<int>(index));
     const xc_font_glyph *fg = nullptr;
     FBC_ASSERT(kModule, fg);
@@ -87,18 +88,18 @@ Found find_in_fallback_list(xc_font *font, uint16_t ch) {
 // Renders glyph `index` of `face` into a new record; failures are fatal.
 xc_font_glyph *render_glyph(const xc_font *font, FT_Face face, FT_UInt index) {
     if (FT_Error error = FT_Load_Glyph(face, index, kLoadFlags)) {
-        std::printf("load glyph error index = %d error = %d\n", static_cast<int>(index), error);
+        fbc::log_out("load glyph error index = %d error = %d\n", static_cast<int>(index), error);
         glyph_failed(face, index);
     }
     auto *fg = static_cast<xc_font_glyph *>(std::calloc(1, sizeof(xc_font_glyph)));
     if (FT_Get_Glyph(face->glyph, &fg->glyph) != 0) {
         std::free(fg);
-        std::puts("get glyph error");
+        fbc::log_out("get glyph error\n");
         glyph_failed(face, index);
     }
     if (fg->glyph->format != FT_GLYPH_FORMAT_BITMAP &&
         FT_Glyph_To_Bitmap(&fg->glyph, FT_RENDER_MODE_NORMAL, nullptr, 1) != 0) {
-        std::puts("glyph to bitmap error");
+        fbc::log_out("glyph to bitmap error\n");
         FT_Done_Glyph(fg->glyph);
         std::free(fg);
         glyph_failed(face, index);

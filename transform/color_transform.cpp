@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "core/log.hpp"
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/loader.h"
 #include "fbcompose/transform.h"
@@ -89,7 +90,7 @@ xc_image *xc_image_new_from_color_transformed_image(xc_image *image, const float
                                       0, 0);
     // The pixels are read as one run of width x height 32-bit words.
     if (!fbc::rows_hold(image, 4)) {
-        std::printf("xc_image_new_from_color_transformed_image: no 32-bit pixels to read\n");
+        fbc::log_out("xc_image_new_from_color_transformed_image: no 32-bit pixels to read\n");
         return nullptr;
     }
     xc_image *result = xc_image_create(image->width, image->height);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "fbcompose/draw.h"
 #include "fbcompose/transform.h"
 
@@ -79,7 +80,7 @@ extern "C" {
 xc_image *xc_image_fit_size(xc_image *src, int32_t width, int32_t height, const char *mode) {
     // A zero size would divide by zero in the geometry.
     if (!src || width < 1 || height < 1 || src->width < 1 || src->height < 1) {
-        std::printf("xc_image_fit_size: bad size: %d x %d from %d x %d\n", width, height,
+        fbc::log_out("xc_image_fit_size: bad size: %d x %d from %d x %d\n", width, height,
                     src ? src->width : 0, src ? src->height : 0);
         return nullptr;
     }
@@ -89,7 +90,7 @@ xc_image *xc_image_fit_size(xc_image *src, int32_t width, int32_t height, const 
     const fbc::Plan p = fbc::plan(fbc::mode_of(mode), src->width, src->height, width, height);
     if (p.zero_first && result->data)
         std::memset(result->data, 0, static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
-    std::printf("%s: src: x = %d y = %d w = %d h = %d dst: x = %d y = %d w = %d h = %d\n",
+    fbc::log_out("%s: src: x = %d y = %d w = %d h = %d dst: x = %d y = %d w = %d h = %d\n",
                 "xc_image_fit_size", p.src.x, p.src.y, p.src.w, p.src.h, p.dst.x, p.dst.y,
                 p.dst.w, p.dst.h);
     const xg_area whole{0, 0, width, height};

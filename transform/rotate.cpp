@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "core/log.hpp"
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/loader.h"
 #include "fbcompose/transform.h"
@@ -109,7 +110,7 @@ xc_image *xc_image_new_from_rotated_image(xc_image *image, int32_t degrees) {
     if (image && !image->data && image->loader) xc_image_load_data(image);
     if (!image || !fbc::rows_hold(image, fbc::pointer_step(image)) || image->width < 1 ||
         image->height < 1 || image->width > fbc::kMaxSide || image->height > fbc::kMaxSide) {
-        std::printf("xc_image_new_from_rotated_image: no pixels to turn, or too large\n");
+        fbc::log_out("xc_image_new_from_rotated_image: no pixels to turn, or too large\n");
         return nullptr;
     }
     const int32_t turn = ((degrees % 360) + 360) % 360;

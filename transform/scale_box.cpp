@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/log.hpp"
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/loader.h"
 #include "fbcompose/transform.h"
@@ -16,7 +17,7 @@ namespace {
 bool usable(xc_image *src, const char *caller) {
     if (src && !src->data && src->loader) xc_image_load_data(src);
     if (src && rows_hold(src, pointer_step(src)) && src->width > 0 && src->height > 0) return true;
-    std::printf("%s: no pixels to scale\n", caller);
+    fbc::log_out("%s: no pixels to scale\n", caller);
     return false;
 }
 
@@ -74,7 +75,7 @@ xc_image *xc_image_scale_down_4x(xc_image *src) {
 xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width, int32_t height) {
     if (!fbc::usable(src, "xc_image_scale_down_xy_2")) return nullptr;
     if (width < 1 || height < 1) {
-        std::printf("xc_image_scale_down_xy_2: bad size %d x %d\n", width, height);
+        fbc::log_out("xc_image_scale_down_xy_2: bad size %d x %d\n", width, height);
         return nullptr;
     }
     xc_image *current = xc_image_ref(src);

@@ -1,10 +1,12 @@
 // Doubly linked list of data pointers. The empty list is null; operations
 // that may change the list return the list to use from then on.
 #include <cstdio>
+#include <string>
 #include <cstdlib>
 #include <vector>
 
 #include "core/assert.hpp"
+#include "core/log.hpp"
 #include "fbcompose/list.h"
 
 namespace fbc {
@@ -263,13 +265,17 @@ void xg_list_for_each(xg_list *list, void (*func)(void *data)) {
 
 void xg_list_print(xg_list *list) {
     if (!list) {
-        std::printf("(null list)\n");
+        fbc::log_out("(null list)\n");
         return;
     }
-    std::printf("(");
-    for (xg_list_item *item = list->first; item; item = item->next)
-        std::printf(item == list->first ? "%p" : ",%p", item->data);
-    std::printf(")\n");
+    // One message for the whole list, so a handler receives it as one line.
+    std::string text = "(";
+    char pointer[32];
+    for (xg_list_item *item = list->first; item; item = item->next) {
+        std::snprintf(pointer, sizeof pointer, item == list->first ? "%p" : ",%p", item->data);
+        text += pointer;
+    }
+    fbc::log_out("%s)\n", text.c_str());
 }
 
 // Never made a copy; callers get null whatever they pass.

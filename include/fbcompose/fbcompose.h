@@ -5,6 +5,7 @@
 
 #include "image.h"
 #include "list.h"
+#include "log.h"
 #include "pixel.h"
 #include "loader.h"
 #include "transform.h"
