@@ -9,3 +9,8 @@ if(FBC_SANITIZE)
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
+
+# Coverage feedback for libFuzzer in everything the fuzz targets link.
+if(FBC_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

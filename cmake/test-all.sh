@@ -1,17 +1,25 @@
 #!/usr/bin/env bash
 # Builds and runs every test three ways: Release with warnings as errors,
 # AddressSanitizer + UndefinedBehaviorSanitizer, and the device's ABI
-# (32-bit ARM, soft float) under qemu-user. Stops at the first failure.
+# (32-bit ARM, soft float) under qemu-user; then runs every fuzz target
+# briefly on a clang sanitizer build. Stops at the first failure.
+#
+#   bash cmake/test-all.sh [release] [asan] [armel] [fuzz]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash cmake/setup-debian.sh
 presets=("$@")
-[ ${#presets[@]} -gt 0 ] || presets=(release asan armel)
+[ ${#presets[@]} -gt 0 ] || presets=(release asan armel fuzz)
 for preset in "${presets[@]}"; do
   start=$SECONDS
   echo "=== $preset: configure, build, test"
   cmake --preset "$preset" >/dev/null
   cmake --build --preset "$preset"
-  ctest --preset "$preset"
+  if [ "$preset" = fuzz ]; then
+    # Long enough to catch a regression at once; fuzz/run.sh runs longer campaigns.
+    bash fuzz/run.sh 20
+  else
+    ctest --preset "$preset"
+  fi
   echo "=== $preset: passed in $((SECONDS - start)) s"
 done
