@@ -10,6 +10,7 @@
 #include "loader.h"
 #include "transform.h"
 #include "draw.h"
+#include "panel.h"
 #include "text.h"
 
 #endif
