@@ -59,7 +59,7 @@ xc_image *xc_image_new_from_file(const char *filename) {
         image->no_cache = 1;
         return image;
     }
-    fbc::image_add_active(image);
+    fbc::xc_image_add_active(image);
     return image;
 }
 
