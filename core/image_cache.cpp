@@ -33,7 +33,7 @@ int32_t cache_limit = 0;
 
 // Destroys the images released longest ago. Eviction starts when the total
 // reaches the limit (>=) and ends once it is within it (<=): a total equal
-// to the limit costs one eviction. Both comparisons are deliberate.
+// to the limit costs one eviction. compat: both comparisons are deliberate.
 void evict() {
     while (inactive) {
         auto *image = static_cast<xc_image *>(inactive->last->data);

@@ -24,7 +24,7 @@ std::unique_ptr<int32_t[]> column_map(const xg_area &clip, const xg_area &s, con
 }
 
 // Source row of destination row y, relative to s.y1: size over size, unlike
-// the columns' (size - 1) over (size - 1); the asymmetry is kept.
+// the columns' (size - 1) over (size - 1); compat: the asymmetry is kept.
 int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
     return static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
 }
