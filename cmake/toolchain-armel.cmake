@@ -24,6 +24,15 @@ if(NOT EXISTS ${FBC_SYSROOT})
   endif()
 endif()
 
+# Debian's zlib1g-dev points libz.so at an absolute /lib path, which misses
+# inside a sysroot; FindZLIB would then take libz.a and the library would
+# carry a private copy of zlib. Name the shared object the device has.
+# (The _RELEASE name also overrides what an older build folder cached.)
+if(EXISTS ${FBC_SYSROOT}/lib/arm-linux-gnueabi/libz.so.1)
+  set(ZLIB_LIBRARY ${FBC_SYSROOT}/lib/arm-linux-gnueabi/libz.so.1)
+  set(ZLIB_LIBRARY_RELEASE ${ZLIB_LIBRARY})
+endif()
+
 set(FBC_SYSROOT_LIBS
   ${FBC_SYSROOT}/lib/arm-linux-gnueabi ${FBC_SYSROOT}/usr/lib/arm-linux-gnueabi)
 set(CMAKE_FIND_ROOT_PATH ${FBC_SYSROOT} /usr/arm-linux-gnueabi)

@@ -8,7 +8,7 @@
 
 extern "C" {
 
-// Strict comparisons on purpose: rectangles that only touch count as
+// compat: strict comparisons: rectangles that only touch count as
 // crossing, and so does an empty rectangle lying on another's edge.
 int xg_rect_is_cross(const xg_rect *a, const xg_rect *b) {
     if (a->x + a->w < b->x || b->x + b->w < a->x) return 0;
@@ -53,7 +53,7 @@ void xg_rect_from_area(xg_rect *rect, const xg_area *area) {
     rect->h = area->y2 - area->y1;
 }
 
-// c = c * a >> 8: the blend arithmetic divides by shifting too, so an
+// compat: c = c * a >> 8: the blend arithmetic divides by shifting too, so an
 // opaque 255 channel becomes 254 here by design.
 void xg_color_premultiply(uint32_t *color) {
     const uint32_t a = *color >> 24;

@@ -34,7 +34,7 @@ int32_t cache_limit = 0;
 
 // Destroys the images released longest ago. Eviction starts when the total
 // reaches the limit (>=) and ends once it is within it (<=): a total equal
-// to the limit costs one eviction. Both comparisons are deliberate.
+// to the limit costs one eviction. compat: both comparisons are deliberate.
 void evict() {
     while (inactive) {
         auto *image = static_cast<xc_image *>(inactive->last->data);
@@ -47,9 +47,9 @@ void evict() {
 
 }  // namespace
 
-void image_add_active(xc_image *image) {
-    FBC_ASSERT(kModule, image->is_ani == 0);
-    active_table()[image->filename] = image;
+void xc_image_add_active(xc_image *im) {
+    FBC_ASSERT(kModule, im->is_ani == 0);
+    active_table()[im->filename] = im;
 }
 
 void image_add_cache(xc_image *im) {
@@ -87,7 +87,7 @@ xc_image *xc_image_lookup_in_cache(const char *filename) {
                     "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!\n",
                     "xc_image_lookup_in_cache", filename);
     }
-    if (++image->ref == 1 && image->filename) fbc::image_add_active(image);
+    if (++image->ref == 1 && image->filename) fbc::xc_image_add_active(image);
     return image;
 }
 

@@ -18,7 +18,9 @@ int32_t image_cache_bytes(const xc_image *image);
 // Takes a named, cacheable image whose count has reached 0.
 void image_add_cache(xc_image *image);
 
-// Enters a freshly loaded, cacheable file image in the active table.
-void image_add_active(xc_image *image);
+// Enters a freshly loaded or revived, cacheable file image in the active
+// table. compat: its assertion reads "xc_image_add_active: ... `im->is_ani
+// == 0'", so the function and its parameter keep these names.
+void xc_image_add_active(xc_image *im);
 
 }  // namespace fbc

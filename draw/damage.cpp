@@ -33,7 +33,7 @@ int32_t take_run(xc_dm *dm, int32_t row, int32_t col) {
 
 // Whether row r2 may join the band of columns c .. c + n - 1. The right
 // neighbour examined is c + n + 1, not c + n: that skip decides which bands
-// form and is kept.
+// form and is kept (compat:).
 bool row_joins_band(xc_dm *dm, int32_t r2, int32_t c, int32_t n) {
     if (c > 0 && tile(dm, r2, c - 1)) return false;
     if (c + n + 1 < dm->cols && tile(dm, r2, c + n + 1)) return false;
@@ -90,7 +90,7 @@ int32_t xc_dm_add_area(xc_dm *dm, const xg_rect *rect) {
     const int64_t right = std::min<int64_t>(int64_t{rect->x} + rect->w, dm->width);
     const int64_t bottom = std::min<int64_t>(int64_t{rect->y} + rect->h, dm->height);
     if (right <= left || top >= bottom) return 0;
-    // Rows are divided by the tile width too; both are 16.
+    // compat: rows are divided by the tile width too; both are 16.
     const auto c0 = static_cast<int32_t>(left / dm->tile_w);
     const auto c1 = static_cast<int32_t>((right - 1) / dm->tile_w);
     const auto r0 = static_cast<int32_t>(top / dm->tile_w);

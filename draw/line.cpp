@@ -98,7 +98,7 @@ void draw_bresenham(const Canvas &c, const xg_area &clip, int32_t x0, int32_t y0
 
 void draw_sloped(const Canvas &c, const xg_area &clip, int32_t x0, int32_t y0, int32_t x1,
                  int32_t y1, uint32_t color) {
-    // The box's x extent has no +1, unlike its y extent: kept as designed.
+    // compat: the box's x extent has no +1, unlike its y extent.
     xg_area box{std::min(x0, x1), std::min(y0, y1), std::max(x0, x1),
                 static_cast<int32_t>(std::min<int64_t>(int64_t{std::max(y0, y1)} + 1, INT32_MAX))};
     xg_area_cross(&box, &clip);

@@ -60,15 +60,15 @@ xc_image *xc_image_new_from_file(const char *filename) {
         image->no_cache = 1;
         return image;
     }
-    fbc::image_add_active(image);
+    fbc::xc_image_add_active(image);
     return image;
 }
 
 const char *xc_image_guess_image_type(const char *header) {
     if (std::strncmp(header, "\x89PNG", 4) == 0) return "png";
     if (std::strncmp(header, "GIF8", 4) == 0) return "gif";
-    // Only files that start exactly with SOI and a JFIF segment: a narrow
-    // test kept on purpose.
+    // compat: only files that start exactly with SOI and a JFIF segment: a
+    // narrow test kept on purpose.
     if (std::strncmp(header, "\xFF\xD8JFIF", 6) == 0) return "jpg";
     if (std::strncmp(header, "BM", 2) == 0) return "bmp";
     return nullptr;
@@ -97,7 +97,7 @@ int xc_image_save(xc_image *image, const char *filename, const xg_area *area,
     if (!suffix) return -1;
     for (xc_image_loader *const *loader = fbc::loader_registry(); *loader; ++loader) {
         if (!fbc::loader_matching_suffix(*loader, suffix)) continue;
-        // The first loader listing the suffix decides, even when it cannot save.
+        // compat: the first loader listing the suffix decides, even when it cannot save.
         if (!(*loader)->save) return -1;
         return (*loader)->save(image, filename, area, options);
     }

@@ -87,7 +87,7 @@ int read_png(xc_image *image, const char *filename, PngReadSession *s, bool info
     image->width = static_cast<int32_t>(width);
     image->height = static_cast<int32_t>(height);
     if (color_type == PNG_COLOR_TYPE_PALETTE) png_set_expand(s->png);
-    // Only a real alpha channel marks the image as having alpha: palette
+    // compat: only a real alpha channel marks the image as having alpha: palette
     // and grey images with tRNS get alpha bytes but stay marked opaque.
     const int alpha = color_type & PNG_COLOR_MASK_ALPHA;
     if (alpha) {

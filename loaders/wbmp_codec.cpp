@@ -34,7 +34,7 @@ struct WbmpHeader {
     int32_t height;
 };
 
-// Type and fixed header are read and ignored: any type is accepted.
+// compat: type and fixed header are read and ignored: any type is accepted.
 WbmpHeader read_header(ByteReader &in) {
     read_multibyte(in);
     read_multibyte(in);

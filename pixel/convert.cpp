@@ -186,7 +186,7 @@ xc_convert_func xc_get_convert_func(int32_t, int32_t, int32_t depth, int32_t rot
         if (rotation == 270) return row.rotation_270;
         if (rotation == 90) return row.rotation_90;
     }
-    // Names the depth even when it is the rotation that was refused.
+    // compat: names the depth even when it is the rotation that was refused.
     fbc::log_out("****fatal**** %s: failed depth = %d\n", "xc_get_convert_func", depth);
     return nullptr;
 }

@@ -25,7 +25,7 @@ struct Decoded {
 // One character starting at s, without the end-of-string test (a zero byte
 // decodes as the one-byte character 0). Any high-bit byte that is not a
 // two- or three-byte lead starts a four-byte sequence, masked with 0x0F:
-// callers rely on this leniency, so it is kept.
+// callers rely on this leniency, so it is kept (compat:).
 Decoded decode_at(const uint8_t *s) {
     const uint8_t b0 = s[0];
     if (b0 < 0x80) return {b0, 1};

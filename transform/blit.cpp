@@ -13,7 +13,7 @@ namespace fbc {
 namespace {
 
 // A source rectangle of one pixel read as a 32-bit word with `width` words
-// per row, unchecked against the size on purpose; only a read outside the
+// per row, unchecked against the size (compat:); only a read outside the
 // pixel block is refused.
 bool read_single_pixel(const xc_image *src, int32_t sx, int32_t sy, uint32_t *pixel) {
     const int64_t offset = (int64_t{sy} * src->width + sx) * 4;
@@ -23,7 +23,7 @@ bool read_single_pixel(const xc_image *src, int32_t sx, int32_t sy, uint32_t *pi
     return true;
 }
 
-// c = c x 256 / a, at most 255: the factor 256 is kept on purpose.
+// compat: c = c x 256 / a, at most 255: the factor 256 is kept on purpose.
 uint32_t unpremultiply(uint32_t pixel) {
     const uint32_t a = pixel >> 24;
     if (a == 255) return pixel;

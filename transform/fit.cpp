@@ -28,7 +28,7 @@ struct Plan {
 };
 
 // The wider case divides W0 x H by W like the taller one, not H0 x W by H:
-// a true crop only when H equals H0. Kept as designed.
+// a true crop only when H equals H0. compat: kept as designed.
 Plan crop(int64_t w0, int64_t h0, int64_t w, int64_t h) {
     Plan p{{0, 0, int32_t(w0), int32_t(h0)}, {0, 0, int32_t(w), int32_t(h)}};
     if (w0 * h < h0 * w) {

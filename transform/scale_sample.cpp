@@ -24,7 +24,7 @@ std::unique_ptr<int32_t[]> column_map(const xg_area &clip, const xg_area &s, con
 }
 
 // Source row of destination row y, relative to s.y1: size over size, unlike
-// the columns' (size - 1) over (size - 1); the asymmetry is kept.
+// the columns' (size - 1) over (size - 1); compat: the asymmetry is kept.
 int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
     return static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
 }
@@ -80,15 +80,17 @@ void xc_scale_sample(const xc_image *src, xc_image *dst, const xg_area *clip,
 void xc_scale_sample_rgb16_to_rgb16(const xc_image *src, xc_image *dst, const xg_area *clip,
                                     const xg_area *src_area, const xg_area *dst_area,
                                     uint32_t color) {
-    // Despite the name it moves 32-bit words, with rows of `width` words.
+    // compat: despite the name it moves 32-bit words, with rows of `width`
+    // words below the first source row (which xc_image_pointer places).
     if (!fbc::rows_hold(src, 4) || !fbc::rows_hold(dst, 4)) return;
     const xc_draw_func draw = fbc::row_function(src, dst, color);
     const int32_t n = fbc::width_of(*clip);
     const auto map = fbc::column_map(*clip, *src_area, *dst_area);
     const auto row = std::make_unique<uint32_t[]>(static_cast<size_t>(n));
+    const auto *first = static_cast<const uint8_t *>(xc_image_pointer(src, 0, src_area->y1));
+    const intptr_t pitch = intptr_t{src->width} * 4;
     for (int32_t y = clip->y1; y < clip->y2; ++y) {
-        const int32_t sy = src_area->y1 + fbc::source_row(y, *src_area, *dst_area);
-        fbc::gather(reinterpret_cast<const uint8_t *>(fbc::word_at(src, 0, sy)), map.get(), n,
+        fbc::gather(first + fbc::source_row(y, *src_area, *dst_area) * pitch, map.get(), n,
                     row.get());
         draw(row.get(), const_cast<uint32_t *>(fbc::word_at(dst, clip->x1, y)), n, color);
     }

@@ -103,7 +103,7 @@ xg_list *xg_list_insert_after_item(xg_list *list, void *data, xg_list_item *item
     return list;
 }
 
-// A null list or item appends, by design, rather than prepending.
+// compat: a null list or item appends, rather than prepending.
 xg_list *xg_list_insert_before_item(xg_list *list, void *data, xg_list_item *item) {
     if (!list || !item) return xg_list_append(list, data);
     fbc::link_before(list, fbc::new_item(data), item);
@@ -222,7 +222,7 @@ void *xg_list_nth(xg_list *list, int32_t n) {
 
 xg_list_item *xg_list_find(xg_list *list, void *data) { return fbc::find_item(list, data); }
 
-// An absent value gives the item count, not -1, deliberately.
+// compat: an absent value gives the item count, not -1.
 int32_t xg_list_get_index(xg_list *list, void *data) {
     if (!list) return -1;
     int32_t index = 0;
@@ -278,7 +278,7 @@ void xg_list_print(xg_list *list) {
     fbc::log_out("%s)\n", text.c_str());
 }
 
-// Never made a copy; callers get null whatever they pass.
+// compat: never made a copy; callers get null whatever they pass.
 xg_list *xg_list_dup(xg_list *) { return nullptr; }
 
 }  // extern "C"

@@ -33,13 +33,18 @@ typedef struct {
     int32_t *tiles;
 } xc_dm;
 
+/* A negative or absurd screen size gives a manager with no tiles, to which
+ * every area lies outside (with a message). xc_dm_free accepts NULL. */
 FBC_API xc_dm *xc_dm_new(int32_t width, int32_t height);
 FBC_API void xc_dm_free(xc_dm *dm);
 FBC_API void xc_dm_reset(xc_dm *dm);
-/* Returns the number of tiles in the block marked. */
+/* Marks the tiles the rectangle touches, clipped to the screen; returns
+ * their number, 0 when it misses the screen. */
 FBC_API int32_t xc_dm_add_area(xc_dm *dm, const xg_rect *rect);
-/* A list of new xg_rect records owned by the caller (NULL when clean);
- * leaves every tile clean. */
+/* A list of new xg_rect records owned by the caller (NULL when clean),
+ * runs of tiles merged into bands, top to bottom; leaves every tile clean.
+ * The rectangles cover whole tiles, so on a screen whose size is not a
+ * multiple of 16 the last ones reach past its edge: clip them. */
 FBC_API xg_list *xc_dm_get_rects(xc_dm *dm);
 
 FBC_END_DECLS

@@ -3,6 +3,7 @@
 #ifndef FBCOMPOSE_FBCOMPOSE_H
 #define FBCOMPOSE_FBCOMPOSE_H
 
+#include "version.h"
 #include "image.h"
 #include "list.h"
 #include "log.h"

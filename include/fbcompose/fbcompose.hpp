@@ -1,15 +1,15 @@
-// fbcompose for C++20: value and RAII types over the C interface.
+// fbcompose for C++17 and later: value and RAII types over the C interface.
 //
 // Header-only; everything forwards to the C functions of fbcompose.h, so a
 // C++ program links the same libfbcompose. Nothing here throws: failures
 // come back as empty handles (operator bool) or negative results, exactly as
-// from the C functions.
+// from the C functions. Rows of pixels are std::spans from C++20 on, and a
+// view with the same basic members (data, size, begin, end, []) before.
 #ifndef FBCOMPOSE_FBCOMPOSE_HPP
 #define FBCOMPOSE_FBCOMPOSE_HPP
 
 #include <cstdint>
 #include <cstdlib>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -17,7 +17,33 @@
 
 #include "fbcompose.h"
 
+#if __cplusplus >= 202002L && __has_include(<span>)
+#include <span>
+#endif
+
 namespace fbcompose {
+
+#if defined(__cpp_lib_span)
+template <typename Pixel>
+using pixel_row = std::span<Pixel>;
+#else
+// What the rows need of std::span, for C++17 callers.
+template <typename Pixel>
+class pixel_row {
+public:
+    constexpr pixel_row(Pixel *data, size_t size) noexcept : data_(data), size_(size) {}
+    constexpr Pixel *data() const noexcept { return data_; }
+    constexpr size_t size() const noexcept { return size_; }
+    constexpr bool empty() const noexcept { return size_ == 0; }
+    constexpr Pixel *begin() const noexcept { return data_; }
+    constexpr Pixel *end() const noexcept { return data_ + size_; }
+    constexpr Pixel &operator[](size_t i) const noexcept { return data_[i]; }
+
+private:
+    Pixel *data_;
+    size_t size_;
+};
+#endif
 
 // A counted reference to an xc_image. Copies share the image (one more
 // reference each); destruction and reassignment release it.
@@ -66,12 +92,12 @@ public:
     bool load() const noexcept { return xc_image_load_data(raw_) >= 0 && raw_->data; }
 
     // Row y of a 32-bit image as colour words.
-    std::span<uint32_t> row(int32_t y) const noexcept {
+    pixel_row<uint32_t> row(int32_t y) const noexcept {
         return {static_cast<uint32_t *>(xc_image_pointer(raw_, 0, y)),
                 static_cast<size_t>(raw_->width)};
     }
     // Row y of a 16-bit (RGB565) image.
-    std::span<uint16_t> row16(int32_t y) const noexcept {
+    pixel_row<uint16_t> row16(int32_t y) const noexcept {
         return {static_cast<uint16_t *>(xc_image_pointer(raw_, 0, y)),
                 static_cast<size_t>(raw_->width)};
     }

@@ -5,7 +5,10 @@
  * (through the cache when the file is already known); pixels are decoded on
  * demand by xc_image_load_data. Further loaders come from shared objects
  * named, comma-separated, in CANVAS_IMAGE_LOADER; each exports a data symbol
- * `image_loader` that is an xc_image_loader record. */
+ * `image_loader` that is an xc_image_loader record. They are asked before the
+ * built-in loaders; a loader is chosen by the file name's suffix, compared
+ * without regard to case. The registry is built on first use and reports
+ * itself, and every failed file, on standard output. */
 #ifndef FBCOMPOSE_LOADER_H
 #define FBCOMPOSE_LOADER_H
 
@@ -38,29 +41,49 @@ FBC_API extern xc_image_loader wbmp_loader;
 FBC_API extern xc_image_loader gif_loader;
 
 /* A new reference to a cached image, or a new image holding size and flags
- * but no pixels; NULL when no loader takes the file. */
+ * but no pixels; NULL for a NULL name, a name without a suffix, or a file no
+ * loader takes. Animations are never cached: each call gives a new image. */
 FBC_API xc_image *xc_image_new_from_file(const char *filename);
-/* "png", "gif", "jpg", "bmp" or NULL from a file's first bytes. */
+/* "png", "gif", "jpg", "bmp" or NULL from a file's first bytes (6 of them,
+ * or fewer ending in a 0 byte). "jpg" only for FF D8 followed by "JFIF", a
+ * narrower test than most JPEG files pass. */
 FBC_API const char *xc_image_guess_image_type(const char *header);
-/* 0 when the pixels are there (or the image has no loader), else the
- * loader's result. */
+/* Decodes the pixels of a file image. Returns 0 when there was nothing to
+ * do (the pixels are there, or the image has no loader), otherwise the
+ * loader's result: negative on failure, else 0 or more, and not always 0
+ * (1 for a JPEG, 4 for a PNG with an alpha channel). Test for >= 0, or
+ * test image->data. */
 FBC_API int xc_image_load_data(xc_image *image);
-/* Always 0: callers test image->data. */
+/* Decodes the pixels through the loader's load_data_rescaled, with the
+ * size the caller will draw at, or at full size through load_data when it
+ * has none (no built-in loader has one). Always 0: callers test
+ * image->data. An image without pixels must have a loader. */
 FBC_API int xc_image_load_data_rescaled(xc_image *image, int32_t width,
                                         int32_t height);
-/* area NULL saves the whole image; options such as "quality=90" go to the
- * loader unchanged. */
+/* Saves through the first loader that lists the file name's suffix; area
+ * NULL saves the whole image; options such as "quality=90" go to the loader
+ * unchanged. -1 for an image without pixels, a name without a suffix or a
+ * suffix whose first loader cannot save; otherwise the loader's result
+ * (0 on success). */
 FBC_API int xc_image_save(xc_image *image, const char *filename,
                           const xg_area *area, const char *options);
+/* Animations: the loader's next_frame and get_delay operations, or -1 when
+ * the image's loader has none. */
 FBC_API int xc_image_next_frame(xc_image *image, int32_t *delay, int32_t *x,
                                 int32_t *y, int32_t *w, int32_t *h);
 FBC_API int xc_image_get_delay(xc_image *image);
 
 /* The archive img.ar of the path's directory: returns the archive's path
- * (owned by the library) and the entry's data offset, or NULL. */
+ * (owned by the library) and stores the entry's data offset, or returns
+ * NULL and stores 0. The first lookup in a directory without a usable
+ * archive returns NULL and leaves *offset_out alone. Each directory is read
+ * once per process. The base name "name" is reserved (the tool refuses to
+ * store it) and is not found in an archive without such an entry. */
 FBC_API const char *ar_img_lookup(const char *path, int32_t *offset_out);
 
-/* Width and height from a WBMP header; 0 or -1. */
+/* Width and height as a WBMP file's header stores them (a header cut short
+ * gives what it holds); 0, or -1 with a message when the file cannot be
+ * read. */
 FBC_API int xc_wbmp_get_size(const char *path, int32_t *w, int32_t *h);
 
 FBC_END_DECLS

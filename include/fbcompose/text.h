@@ -1,7 +1,8 @@
 /* Text: UTF-8 and 16-bit wide strings, fonts, glyphs, drawing and measuring.
  *
  * Wide strings are zero-terminated arrays of 16-bit units, one per
- * character, allocated with malloc and freed by the caller. Fonts are
+ * character (a character beyond U+FFFF keeps its low 16 bits), allocated
+ * with malloc and freed by the caller. Fonts are
  * reference-counted handles (file, size, emboldening) that share one
  * FreeType face per file; unreferenced handles stay cached within the budget
  * set by xc_font_set_cache. */
@@ -35,11 +36,13 @@ FBC_API int32_t xg_unicode_get_utf8_size_full(const uint16_t *str, int32_t n);
 FBC_API int32_t xg_unicode_encode_utf8_full(const uint16_t *str, int32_t n,
                                             char *out);
 FBC_API int32_t xg_unicode_encode_utf8(const uint16_t *str, char *out);
-/* Valid until the next call. */
+/* Valid until the next call; "" for NULL or an empty string. */
 FBC_API const char *xg_unicode_to_utf8_for_debug(const uint16_t *str);
 FBC_API int32_t xg_unicode_len(const uint16_t *str);
 FBC_API uint16_t *xg_unicode_dup(const uint16_t *str);
 FBC_API uint16_t *xg_unicode_ndup(const uint16_t *str, int32_t n);
+/* Grows str1 (malloc'd, or NULL) with realloc and returns it, or returns
+ * str1 unchanged when it cannot. */
 FBC_API uint16_t *xg_unicode_concat(uint16_t *str1, const uint16_t *str2);
 FBC_API int xg_unicode_cmp(const uint16_t *str1, const uint16_t *str2);
 FBC_API int xg_unicode_is_latin(uint32_t ch);

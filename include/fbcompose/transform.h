@@ -36,6 +36,10 @@ FBC_API void xc_scale_noscale(const xc_image *src, xc_image *dst,
 FBC_API void xc_scale_sample(const xc_image *src, xc_image *dst,
                              const xg_area *clip, const xg_area *src_area,
                              const xg_area *dst_area, uint32_t color);
+/* Nearest-pixel sampling like xc_scale_sample, but of 32-bit words whatever
+ * the name says, with rows of width x 4 bytes: the first source row is
+ * found through xc_image_pointer (by rowstride), the rows below it and the
+ * destination rows by width x 4. The blit never chooses it. */
 FBC_API void xc_scale_sample_rgb16_to_rgb16(const xc_image *src, xc_image *dst,
                                             const xg_area *clip,
                                             const xg_area *src_area,
@@ -64,7 +68,8 @@ FBC_API void xc_image_scale_down_xy(const xc_image *src, xc_image *dst,
                                     const xg_area *dst_area, uint32_t color);
 
 /* mode: "crop" (or NULL, or any unknown word), "matte", "matte-both",
- * "distort". Returns a new opaque image of width x height. */
+ * "distort". Returns a new opaque image of width x height, or NULL with a
+ * diagnostic for a missing source or a size below 1 either way. */
 FBC_API xc_image *xc_image_fit_size(xc_image *src, int32_t width,
                                     int32_t height, const char *mode);
 /* matrix: 4 x 4 row-major; rows 0-2 weigh red, green, blue, row 3 holds the

@@ -30,6 +30,7 @@ int main(void) {
     xg_point points[3] = {{3, 0}, {1, 0}, {2, 0}};
     xg_list *list = NULL;
     int i;
+    char version[40];
 
     CHECK(xc_init() == 0);
     CHECK(xg_rect_is_cross(&a, &b) == 1);
@@ -59,6 +60,11 @@ int main(void) {
     CHECK(xg_list_get_index(list, &points[0]) == 2);
     list = xg_list_free(list);
     CHECK(list == NULL);
+
+    /* The loaded library reports the version the headers carry. */
+    sprintf(version, "%d.%d.%d", FBCOMPOSE_VERSION_MAJOR,
+            FBCOMPOSE_VERSION_MINOR, FBCOMPOSE_VERSION_PATCH);
+    CHECK(strcmp(xc_version(), version) == 0);
 
     if (failures == 0) printf("c99 check: all passed\n");
     return failures == 0 ? 0 : 1;

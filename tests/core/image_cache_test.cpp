@@ -19,7 +19,7 @@ xc_image *file_image(const std::string &name, int32_t side = 10, bool foreign = 
                               : xc_image_create(side, side);
     image->no_cache = 0;
     image->filename = strdup(name.c_str());
-    fbc::image_add_active(image);
+    fbc::xc_image_add_active(image);
     return image;
 }
 
@@ -93,7 +93,7 @@ TEST(ImageCache, RevivalMakesAnImageActiveAndPrintsIfItIsMarkedNoCache) {
     EXPECT_EQ(xc_image_lookup_in_cache(nullptr), nullptr);
 }
 
-TEST(ImageCacheDeathTest, CachingALiveImageOrAnAnimationAborts) {
+TEST(ImageCacheDeathTest, CachingALiveImageOrCachingOrRevivingAnAnimationAborts) {
     xc_image *image = file_image("a.gif");
     EXPECT_DEATH(fbc::image_add_cache(image),
                  "image_func:[0-9]+: image_add_cache: Assertion `im->ref == 0' failed");
@@ -101,6 +101,14 @@ TEST(ImageCacheDeathTest, CachingALiveImageOrAnAnimationAborts) {
     image->is_ani = 1;
     EXPECT_DEATH(fbc::image_add_cache(image),
                  "image_func:[0-9]+: image_add_cache: Assertion `im->is_ani == 0' failed");
+    // An animation among the released images cannot be revived either.
+    xc_set_image_cache_size(1000);
+    image->is_ani = 0;
+    image->ref = 1;
+    xc_image_unref(image);
+    image->is_ani = 1;
+    EXPECT_DEATH(xc_image_lookup_in_cache("a.gif"),
+                 "image_func:[0-9]+: xc_image_add_active: Assertion `im->is_ani == 0' failed");
 }
 
 TEST(ImageInfo, RecordedInformationFillsTheImageAndOnlyPngAndJpgAreNamed) {

@@ -56,6 +56,7 @@ TEST_F(ImageArchive, DirectoryIsReadOnceWithItsMessages) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(lookup("b.png"), std::make_pair(std::string("img.ar"), 12 + 2 * (8 + 5) + 1));
     EXPECT_EQ(lookup("c.png"), std::make_pair(std::string(), 0));
+    EXPECT_EQ(lookup("name"), std::make_pair(std::string(), 0));  // reserved, not the path
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 

@@ -167,6 +167,12 @@ TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
     EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
               (Words{0, 0, 0, 0, 0, 0, 0, 0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
                      0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
+    // Rows padded to 3 words: the first source row is found by rowstride, the
+    // rows below it by width x 4 bytes.
+    Words padded{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+    const Image wide{xc_image_new_with_data(2, 4, padded.data(), 1, 0, 1, 12)};
+    EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, wide.get(), {0, 1, 2, 3}, 2, 2),
+              (Words{3, 4, 5, 6}));
 }
 
 TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
