@@ -18,7 +18,7 @@ constexpr Kernel<xc_fill_func> kFillKernels[] = {
 
 constexpr Kernel<xc_draw_func> kDrawKernels[] = {
     FBC_KERNEL(xc_blend_pixels_rgba_to_rgb),
-    FBC_KERNEL(xc_blend_pixels_rgba_to_rgba),
+    FBC_KERNEL(xc_blend_pixels_rgba_to_rgba, FBC_SWAR(swar::blend_pixels_rgba_to_rgba)),
     FBC_KERNEL(xc_copy_pixels_rgba_to_rgba),
     FBC_KERNEL(xc_copy_pixels_rgb_to_rgba),
     FBC_KERNEL(xc_copy_pixels_rgba_to_16),

@@ -21,3 +21,16 @@
 // One entry of a row's variants, named by its kernel: it runs where `isa`
 // is, and is picked where `chosen_on` is too.
 #define FBC_VARIANT(isa, chosen_on, kernel) {#kernel, Isa::isa, kernel, Isa::chosen_on},
+
+#if FBC_SIMD
+// Plain C++ that groups four pixels per test and writes only the pixels
+// that change. It runs anywhere, so the host tests it too, but is picked
+// only on the device: the host's compiler vectorises the reference, which
+// beats it there.
+#define FBC_SWAR(kernel) FBC_VARIANT(kPortable, kArmv5te, kernel)
+namespace fbc::px::swar {
+void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
+}  // namespace fbc::px::swar
+#else
+#define FBC_SWAR(kernel)
+#endif
