@@ -7,6 +7,7 @@
 
 #include "core/image_internal.hpp"
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
@@ -14,24 +15,6 @@
 
 namespace fbc {
 namespace {
-
-// Depth bits that follow from a format code.
-uint32_t depth_of_format(uint32_t format) {
-    switch (format) {
-        case 2: return 24;
-        case 3: return 16;
-        case 8: return 18;
-        default: return 32;
-    }
-}
-
-int32_t bytes_per_pixel_of_format(uint32_t format) {
-    switch (format) {
-        case 2: return 3;
-        case 3: return 2;
-        default: return 4;
-    }
-}
 
 // A pixel block of `bytes`, or null when the size was refused.
 uint8_t *allocate_pixels(std::optional<int32_t> bytes) {
@@ -85,7 +68,7 @@ xc_image *xc_image_create(int32_t width, int32_t height) {
     xc_image *image = xc_image_new();
     image->width = width;
     image->height = height;
-    image->format = 1;
+    image->format = fbc::pixel_format::kRgb;
     image->depth = 24;
     image->rowstride = fbc::row_bytes(width, 4);
     xc_image_alloc_data(image);
@@ -119,9 +102,9 @@ xc_image *xc_image_new_from_data(int32_t width, int32_t height, void *data,
     image->no_cache = 1;
     if (depth == 32 || depth == 1) {
         image->has_alpha = 1;
-        image->format = 0;
+        image->format = fbc::pixel_format::kRgba;
     } else if (depth == 16) {
-        image->format = 3;
+        image->format = fbc::pixel_format::kRgb565;
         image->rowstride = fbc::row_bytes(width, 2);
     }
     // The argument is stored, not interpreted: depth 1 yields an image that
@@ -139,9 +122,9 @@ xc_image *xc_image_new_with_data(int32_t width, int32_t height, void *data,
     image->format = format;
     image->rowstride = rowstride >= 1
                            ? rowstride
-                           : fbc::row_bytes(width, fbc::bytes_per_pixel_of_format(format));
-    image->depth = fbc::depth_of_format(format);
-    image->has_alpha = format == 0;
+                           : fbc::row_bytes(width, fbc::pixel_format::bytes_per_pixel(format));
+    image->depth = fbc::pixel_format::depth_of(format);
+    image->has_alpha = format == fbc::pixel_format::kRgba;
     const auto bytes = image->rowstride < 1
                            ? std::nullopt
                            : fbc::checked_product(image->rowstride, height);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
@@ -235,7 +236,7 @@ void settle_alpha(xc_image *image) {
     if (!any_alpha) {
         for (size_t i = 0; i < count; ++i) pixels[i] |= kOpaqueBlack;
         image->has_alpha = 0;
-        image->format = 1;
+        image->format = pixel_format::kRgb;
         return;
     }
     for (size_t i = 0; i < count; ++i) pixels[i] = premultiply_below_opaque(pixels[i]);
@@ -246,7 +247,7 @@ void set_flags(xc_image *image, const BmpHeader &h) {
     image->height = h.height;
     image->depth = 32;
     image->has_alpha = h.alpha.bits ? 1 : 0;
-    image->format = h.alpha.bits ? 0 : 1;
+    image->format = h.alpha.bits ? pixel_format::kRgba : pixel_format::kRgb;
 }
 
 bool read_header(const std::vector<uint8_t> &bytes, const char *filename, BmpHeader &h) {

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -290,7 +291,7 @@ int gif_load_info(xc_image *image, const char *filename) {
     image->height = player->gif->SHeight;
     image->is_ani = outline.frames > 1;
     image->has_alpha = outline.transparency;
-    image->format = outline.transparency ? 0 : 1;
+    image->format = outline.transparency ? pixel_format::kRgba : pixel_format::kRgb;
     image->depth = 32;
     delete player;
     return result;

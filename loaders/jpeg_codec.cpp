@@ -16,6 +16,7 @@
 #include <jpeglib.h>
 
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -133,7 +134,7 @@ void read_rows_converted(xc_image *image) {
         }
     }
     if (components == 4) {
-        image->format = 0;
+        image->format = pixel_format::kRgba;
         image->has_alpha = 1;
     }
 }
@@ -168,7 +169,7 @@ int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
         jpeg_destroy_decompress(&decoder);
         return -1;
     }
-    image->format = 1;
+    image->format = pixel_format::kRgb;
     image->depth = 32;
     image->rowstride = image->width * 4;
     if (!xc_image_alloc_data(image)) {

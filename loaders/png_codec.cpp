@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 
@@ -93,10 +94,10 @@ int read_png(xc_image *image, const char *filename, PngReadSession *s, bool info
     if (alpha) {
         image->has_alpha = 1;
         image->depth = 32;
-        image->format = 0;
+        image->format = pixel_format::kRgba;
     } else {
         image->depth = 24;
-        image->format = 1;
+        image->format = pixel_format::kRgb;
     }
     if (info_only) return alpha;
 

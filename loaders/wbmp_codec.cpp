@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "core/log.hpp"
+#include "core/pixel_format.hpp"
 #include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
@@ -59,7 +60,7 @@ void decode_rows(ByteReader &in, xc_image *image) {
 
 void mark_opaque(xc_image *image) {
     image->has_alpha = 0;
-    image->format = 1;
+    image->format = pixel_format::kRgb;
     image->depth = 32;
 }
 

@@ -60,6 +60,17 @@ inline uint32_t add_faded_rgb(uint32_t s, uint32_t d, uint32_t inv) {
     return (add_faded(s, d, inv) & kColourMask) | (d & kAlphaMask);
 }
 
+// Source over, one pixel: a = 0 keeps the destination, a = 255 stores the
+// whole source word, anything else blends; rgb destinations keep their alpha.
+// The two shortcuts are selects, not jumps: artwork mixes them pixel by
+// pixel, and a select lets the compiler vectorise a loop of them.
+template <bool KeepAlpha>
+inline uint32_t over(uint32_t s, uint32_t d) {
+    const uint32_t a = alpha_of(s);
+    const uint32_t blended = KeepAlpha ? add_faded_rgb(s, d, 255 - a) : add_faded(s, d, 255 - a);
+    return a == 0 ? d : a == 255 ? s : blended;
+}
+
 // The destination's alpha byte in place: untouched in rgb runs, blended in rgba runs.
 template <bool KeepAlpha>
 inline uint32_t alpha_bits(uint32_t dst, uint32_t inv, uint32_t a) {

@@ -2,7 +2,6 @@
 // RGB565, RGB666 or 32-bit pixels, ordered-dithered and optionally rotated.
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 
 #include "core/log.hpp"
@@ -167,28 +166,6 @@ void xc_convert_rgba_to_32_90(const void *src, void *dst, int32_t src_skip, int3
 void xc_convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
                                int32_t width, int32_t height, int32_t, int32_t) {
     convert<Word, 270>(src, dst, src_skip, dst_skip, width, height, 0, 0);
-}
-
-// The first two arguments take no part in the choice.
-xc_convert_func xc_get_convert_func(int32_t, int32_t, int32_t depth, int32_t rotation) {
-    struct Row {
-        int32_t depth;
-        xc_convert_func rotation_0, rotation_270, rotation_90;
-    };
-    static constexpr Row kConverters[] = {
-        {16, xc_convert_rgba_to_16, xc_convert_rgba_to_16_270, xc_convert_rgba_to_16_90},
-        {18, xc_convert_rgba_to_18, xc_convert_rgba_to_18_270, xc_convert_rgba_to_18_90},
-        {32, xc_convert_rgba_to_32, xc_convert_rgba_to_32_270, xc_convert_rgba_to_32_90},
-    };
-    for (const Row &row : kConverters) {
-        if (row.depth != depth) continue;
-        if (rotation == 0) return row.rotation_0;
-        if (rotation == 270) return row.rotation_270;
-        if (rotation == 90) return row.rotation_90;
-    }
-    // compat: names the depth even when it is the rotation that was refused.
-    fbc::log_out("****fatal**** %s: failed depth = %d\n", "xc_get_convert_func", depth);
-    return nullptr;
 }
 
 // Row lengths, not skips: each row copies width x 2 bytes.

@@ -7,17 +7,9 @@
 namespace fbc::px {
 namespace {
 
-// The a = 0 and a = 255 cases are selects, not jumps: artwork mixes them
-// pixel by pixel, and a select lets the compiler vectorise the loop.
 template <bool KeepAlpha>
 void blend_pixels(const uint32_t *src, uint32_t *dst, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
-        const uint32_t s = src[i], d = dst[i];
-        const uint32_t a = alpha_of(s);
-        const uint32_t inv = 255 - a;
-        const uint32_t blended = KeepAlpha ? add_faded_rgb(s, d, inv) : add_faded(s, d, inv);
-        dst[i] = a == 0 ? d : a == 255 ? s : blended;
-    }
+    for (int32_t i = 0; i < count; ++i) dst[i] = over<KeepAlpha>(src[i], dst[i]);
 }
 
 void copy_bytes(const void *src, void *dst, int32_t count, size_t pixel_bytes) {

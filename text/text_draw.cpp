@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/pixel_format.hpp"
 #include "fbcompose/pixel.h"
 #include "fbcompose/text.h"
 #include "text/text_pen.hpp"
@@ -33,7 +34,8 @@ struct Painter {
 };
 
 bool has_32bit_pixels(const xc_image *image) {
-    return image->data && image->format != 2 && image->format != 3 && image->depth != 16;
+    return image->data && image->format != pixel_format::kPacked24 &&
+           image->format != pixel_format::kRgb565 && image->depth != 16;
 }
 
 uint8_t *pixel_at(const xc_image *image, int64_t x, int64_t y) {

@@ -1,0 +1,418 @@
+// Every kernel of the tables, its reference and each variant this CPU runs,
+// against the per-pixel model and so against each other: exhaustively where
+// the inputs are few, over every count from 0 to 70 at each start offset with
+// guard words around the run, at every dither phase and rotation; then
+// relations between calls.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <new>
+#include <random>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "fbcompose/pixel.h"
+#include "model.hpp"
+#include "pixel/kernel_table.hpp"
+
+namespace {
+
+using namespace model;
+using enum DstAlpha;
+
+// One pixel's inputs: the source is a colour, texture or RGB565 word; t is the dither threshold.
+struct In { uint32_t color = 0, src = 0, cov = 0; int t = 0; };
+
+// What a kernel does to one pixel over destination `d`, and the shape of its runs.
+struct Model {
+    const char *name;
+    uint32_t (*pixel)(const In &, uint32_t d);
+    int src_bits = 32, dst_bits = 32, rotation = 0;
+};
+
+#define MODEL(f, value, ...) \
+    {#f, [](const In &in, [[maybe_unused]] uint32_t d) -> uint32_t { return value; }, __VA_ARGS__}
+
+const Model kModels[] = {
+    MODEL(xc_blend_color_rgba_to_rgb, fill_blend(in.color, d, kKept)),
+    MODEL(xc_blend_color_rgba_to_rgba, fill_blend(in.color, d, kBlended)),
+    MODEL(xc_copy_color_rgba_to_rgba, in.color),
+    MODEL(xc_copy_color_rgb_to_rgba, in.color | 0xFF000000u),
+    MODEL(xc_blend_pixels_rgba_to_rgb, over(in.src, d, kKept)),
+    MODEL(xc_blend_pixels_rgba_to_rgba, over(in.src, d, kBlended)),
+    MODEL(xc_copy_pixels_rgba_to_rgba, in.src),
+    MODEL(xc_copy_pixels_rgb_to_rgba, in.src | 0xFF000000u),
+    MODEL(xc_copy_pixels_rgba_to_16, to_565(in.src), 32, 16),
+    MODEL(xc_copy_pixels_16_to_rgb, from_565(in.src), 16),
+    MODEL(xc_copy_pixels_16_to_16, in.src, 16, 16),
+    MODEL(xc_blend_alpha_color_rgba_to_rgb, coverage(in.cov, in.color, d, kKept)),
+    MODEL(xc_blend_alpha_color_rgba_to_rgba, coverage(in.cov, in.color, d, kBlended)),
+    MODEL(xc_blend_alpha_texture_rgba_to_rgb, coverage(in.cov, in.src, d, kKept)),
+    MODEL(xc_blend_alpha_texture_rgba_to_rgba, coverage(in.cov, in.src, d, kBlended)),
+    MODEL(xc_blend_pixels_mul_color_rgba_to_rgb, modulate(in.src, in.color, d, true, kKept)),
+    MODEL(xc_blend_pixels_mul_color_rgba_to_rgba, modulate(in.src, in.color, d, true, kBlended)),
+    MODEL(xc_blend_pixels_mul_color_rgb_to_rgb, modulate(in.src, in.color, d, false, kKept)),
+    MODEL(xc_blend_pixels_mul_color_rgb_to_rgba, modulate(in.src, in.color, d, false, kBlended)),
+    MODEL(xc_convert_rgba_to_16, panel_pixel(in.src, 16, in.t), 32, 16),
+    MODEL(xc_convert_rgba_to_16_90, panel_pixel(in.src, 16, in.t), 32, 16, 90),
+    MODEL(xc_convert_rgba_to_16_270, panel_pixel(in.src, 16, in.t), 32, 16, 270),
+    MODEL(xc_convert_rgba_to_18, panel_pixel(in.src, 18, in.t)),
+    MODEL(xc_convert_rgba_to_18_90, panel_pixel(in.src, 18, in.t), 32, 32, 90),
+    MODEL(xc_convert_rgba_to_18_270, panel_pixel(in.src, 18, in.t), 32, 32, 270),
+    MODEL(xc_convert_rgba_to_32, in.src),
+    MODEL(xc_convert_rgba_to_32_90, in.src, 32, 32, 90),
+    MODEL(xc_convert_rgba_to_32_270, in.src, 32, 32, 270),
+    MODEL(xc_convert_16_to_16, in.src, 16, 16),
+    MODEL(xc_convert_16_to_18, from_565_to_666(in.src), 16),
+};
+
+// A kernel's kind is its signature.
+using Function = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func,
+                              xc_convert_func>;
+
+// The two 16-bit converters are not in the tables: they take row lengths,
+// and as xc_convert_func they take skips.
+template <class Out, void (*F)(const uint16_t *, Out *, int32_t, int32_t, int32_t, int32_t)>
+void by_skips(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t w,
+              int32_t h, int32_t, int32_t) {
+    F(static_cast<const uint16_t *>(src), static_cast<Out *>(dst), w + src_skip, w + dst_skip, w,
+      h);
+}
+
+// A reference or a variant, by name.
+struct Candidate { std::string name; Function run; };
+
+// One kernel: its family, its model, and every version of it this CPU runs.
+struct Case {
+    std::string family, name;
+    Model model;
+    std::vector<Candidate> candidates;
+    std::vector<std::string> not_run;  // variants that need what this CPU lacks
+    bool span() const { return family != "convert"; }
+};
+
+Case make_case(std::string_view family, std::string_view name, Function reference) {
+    const auto *m = std::find_if(std::begin(kModels), std::end(kModels),
+                                 [&](const Model &r) { return r.name == name; });
+    return {std::string(family), std::string(name), m == std::end(kModels) ? Model{} : *m,
+            {{"reference", reference}}, {}};
+}
+
+// Every row of every family, then the two converters outside the tables.
+std::vector<Case> all_cases() {
+    std::vector<Case> out;
+    fbc::px::for_each_family([&](const auto &family) {
+        for (const auto &kernel : family.kernels) {
+            Case &k = out.emplace_back(make_case(family.name, kernel.name, kernel.reference));
+            for (const auto &v : kernel.variants) {
+                if (!v.run) continue;
+                if (fbc::px::cpu_has(v.isa))
+                    k.candidates.push_back({v.name, v.run});
+                else
+                    k.not_run.push_back(std::string(v.name) + ", " + fbc::px::isa_name(v.isa));
+            }
+        }
+    });
+    out.push_back(
+        make_case("convert", "xc_convert_16_to_16", by_skips<uint16_t, xc_convert_16_to_16>));
+    out.push_back(
+        make_case("convert", "xc_convert_16_to_18", by_skips<uint32_t, xc_convert_16_to_18>));
+    return out;
+}
+
+std::vector<Case> span_cases() {
+    std::vector<Case> out = all_cases();
+    std::erase_if(out, [](const Case &k) { return !k.span(); });
+    return out;
+}
+
+// Runs begin at a 32-byte boundary plus the offset under test.
+template <class T>
+struct Aligned {
+    using value_type = T;
+    Aligned() = default;
+    template <class U> Aligned(const Aligned<U> &) {}
+    T *allocate(size_t n) {
+        return static_cast<T *>(::operator new(n * sizeof(T), std::align_val_t{32}));
+    }
+    void deallocate(T *p, size_t) { ::operator delete(p, std::align_val_t{32}); }
+    bool operator==(const Aligned &) const = default;
+};
+template <class T> using Buffer = std::vector<T, Aligned<T>>;
+
+// Alpha is 0, 1, 128, 254 or 255 half of the time; channels may be premultiplied by it.
+uint32_t random_word(std::mt19937 &rng, bool premultiplied = false) {
+    static constexpr uint32_t kEdges[] = {0, 1, 128, 254, 255};
+    const uint32_t pick = rng() % 10, a = pick < 5 ? kEdges[pick] : rng() & 255;
+    uint32_t out = a << 24;
+    for (int shift = 0; shift < 24; shift += 8)
+        out |= (rng() & 255) * (premultiplied ? a : 256) / 256 << shift;
+    return out;
+}
+
+// 16- or 32-bit pixels, or with `shift` 24 coverage bytes where none and full are common.
+template <class T = uint32_t>
+Buffer<T> random_words(std::mt19937 &rng, size_t n, bool premultiplied = false, int shift = 0) {
+    Buffer<T> out(n);
+    for (auto &w : out) w = static_cast<T>(random_word(rng, premultiplied) >> shift);
+    return out;
+}
+
+std::string hex(uint32_t v) {
+    char text[12];
+    std::snprintf(text, sizeof text, "0x%X", unsigned(v));
+    return text;
+}
+
+template <class T>
+testing::AssertionResult same_pixels(const Buffer<T> &want, const Buffer<T> &got) {
+    const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin(), got.end());
+    if (w == want.end() && g == got.end()) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "pixel " << w - want.begin() << ": want " << hex(*w)
+                                       << ", got " << hex(*g);
+}
+
+// A source rectangle and its row skips; a span is one row of `width` pixels.
+struct Shape {
+    int width, height = 1, src_skip = 0, dst_skip = 0;
+    int out_w(int rotation) const { return std::max(rotation ? height : width, 0); }
+    int out_h(int rotation) const { return std::max(rotation ? width : height, 0); }
+};
+
+// One call: sources read from `at`, the destination written from `lead`.
+struct Call { size_t at = 0, lead = 0; uint32_t color = 0; int dx = 0, dy = 0; };
+
+void call(const Function &f, const Shape &s, const Call &c, const void *src, const uint8_t *cov,
+          void *dst) {
+    const auto *tex = static_cast<const uint32_t *>(src);
+    if (auto *k = std::get_if<xc_fill_func>(&f)) (*k)(c.color, dst, s.width);
+    if (auto *k = std::get_if<xc_draw_func>(&f)) (*k)(src, dst, s.width, c.color);
+    if (auto *k = std::get_if<xc_alpha_func>(&f)) (*k)(cov, dst, s.width, c.color);
+    if (auto *k = std::get_if<xc_alpha_texture_func>(&f)) (*k)(cov, dst, s.width, tex);
+    if (auto *k = std::get_if<xc_convert_func>(&f))
+        (*k)(src, dst, s.src_skip, s.dst_skip, s.width, s.height, c.dx, c.dy);
+}
+
+// Runs every candidate once on a copy of `dst`: each output pixel must be
+// the model's, and the lead and the guard words after the output must stay.
+template <class Src, class Dst>
+void check(const Case &k, const Shape &s, const Call &c, const Buffer<Src> &src,
+           const Buffer<uint8_t> &cov, const Buffer<Dst> &dst) {
+    const int rotation = k.model.rotation;
+    const int stride = s.width + s.src_skip, out_stride = s.out_w(rotation) + s.dst_skip;
+    Buffer<Dst> want = dst, got(dst.size());
+    for (int j = 0; j < s.out_h(rotation); ++j) {
+        for (int i = 0; i < s.out_w(rotation); ++i) {
+            const Point p = source_of(i, j, s.width, s.height, rotation);
+            const size_t from = c.at + size_t(p.y * stride + p.x);
+            const size_t to = c.lead + size_t(j * out_stride + i);
+            const In in{c.color, src[from], from < cov.size() ? cov[from] : 0u,
+                        threshold(i, j, c.dx, c.dy)};
+            want[to] = Dst(k.model.pixel(in, dst[to]));
+        }
+    }
+    for (const Candidate &candidate : k.candidates) {
+        std::copy(dst.begin(), dst.end(), got.begin());
+        call(candidate.run, s, c, src.data() + c.at, cov.data() + c.at, got.data() + c.lead);
+        ASSERT_TRUE(same_pixels(want, got))
+            << candidate.name << ", " << s.width << "x" << s.height << " skips " << s.src_skip
+            << "/" << s.dst_skip << " at " << c.at << " lead " << c.lead << " phase " << c.dx << ","
+            << c.dy << " colour " << hex(c.color);
+    }
+}
+
+constexpr uint32_t kColors[] = {0,          0xFFFFFFFF, 0x80FFFFFF, 0x00FFFFFF, 0xFE00FF80,
+                                0xFF123456, 0x7F808080, 0x40302010, 0xC0FFFFFF, 0x01FF0000};
+constexpr size_t kGuard = 4;
+
+// Spans: every count from -1 to 70, source and destination each at every
+// offset 0 to 3. Converters: every width from -1 to 70 at heights 1 and 3
+// (and 0 or -1 now and then), every dither phase, skips 0 to 2 and the
+// offsets. Random contents, premultiplied or not.
+template <class Src, class Dst>
+void every_count_and_offset(const Case &k) {
+    std::mt19937 rng(7);
+    for (int count = -1; count <= 70; ++count) {
+        for (int variation = 0; variation < 32; ++variation) {
+            const int phase = variation & 15, half = variation >> 4;
+            const int height = phase == 15 ? -half : 1 + half * 2;
+            const Shape s =
+                k.span() ? Shape{count} : Shape{count, height, phase % 3, phase / 3 % 3};
+            const Call c{size_t(phase & 3), size_t(phase >> 2), kColors[variation % 10],
+                         (phase & 3) - half * 5, (phase >> 2) + half * 6};
+            const int rotation = k.model.rotation;
+            const int in_words = std::max(s.height * (s.width + s.src_skip), 0);
+            const int out_words = s.out_h(rotation) * (s.out_w(rotation) + s.dst_skip);
+            const size_t n = c.at + size_t(in_words) + kGuard;
+            const size_t out = c.lead + size_t(out_words) + kGuard;
+            const bool premultiplied = half;
+            check(k, s, c, random_words<Src>(rng, n, premultiplied && sizeof(Src) == 4),
+                  random_words<uint8_t>(rng, n, false, 24),
+                  random_words<Dst>(rng, out, premultiplied));
+            if (testing::Test::HasFatalFailure()) return;
+        }
+    }
+}
+
+// One call of the channel-pair sweep: alpha `a` and source channels `grey`
+// for every call, `other` for a pass. What alpha means follows the family:
+// the fill colour's, the source pixel's, the coverage (with a colour or
+// texture alpha per pass), or the modulating colour's (with a source alpha
+// and a tint, white or not, per pass).
+In pair_inputs(std::string_view family, uint32_t other, uint32_t a, uint32_t grey) {
+    if (family == "fill") return {.color = a << 24 | grey};
+    if (family == "draw") return {.src = a << 24 | grey};
+    if (family == "mul draw") return {a << 24 | (other & 0xFFFFFFu), (other & 0xFF000000u) | grey};
+    return {other << 24 | grey, other << 24 | grey, a};  // alpha, alpha texture
+}
+
+std::vector<uint32_t> passes(std::string_view family) {
+    if (family == "mul draw") return {0xFFFFFFFF, 0x808040C0, 0xC8FFFFFF, 0x01FF00FF, 0x0030A0FF};
+    if (family == "alpha" || family == "alpha texture") return {255, 200, 128, 1};
+    return {0};
+}
+
+// Every (source, destination) channel pair at every alpha: blue, green and
+// red carry the pair, the alpha byte the destination value. 16-bit sources
+// instead take every RGB565 word.
+template <class Src, class Dst>
+void every_pair_at_every_alpha(const Case &k) {
+    Buffer<Src> src(256);
+    Buffer<uint8_t> cov(256);
+    Buffer<Dst> dst(256 + kGuard);
+    for (uint32_t d = 0; d < 256; ++d) dst[d] = Dst(d * 0x01010101u);
+    if (k.model.src_bits == 16) {
+        for (uint32_t hi = 0; hi < 256; ++hi) {
+            for (uint32_t lo = 0; lo < 256; ++lo) src[lo] = Src(hi << 8 | lo);
+            check(k, {256}, {}, src, cov, dst);
+        }
+        return;
+    }
+    // Emulated and sanitized builds sample the alphas, edges included, to stay quick.
+#if defined(__arm__) || defined(__SANITIZE_ADDRESS__)
+    const auto sampled = [](uint32_t a) { return a % 16 == 0 || a % 127 <= 1 || a >= 254; };
+#else
+    const auto sampled = [](uint32_t) { return true; };
+#endif
+    for (uint32_t other : passes(k.family)) {
+        for (uint32_t a = 0; a < 256; ++a) {
+            if (!sampled(a)) continue;
+            for (uint32_t s = 0; s < 256; ++s) {
+                const In in = pair_inputs(k.family, other, a, s * 0x010101u);
+                std::fill(src.begin(), src.end(), Src(in.src));
+                std::fill(cov.begin(), cov.end(), uint8_t(in.cov));
+                check(k, {256}, {.color = in.color}, src, cov, dst);
+                if (testing::Test::HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+// Calls test(Src{}, Dst{}) with the pixel types of the case's runs.
+template <class Test>
+void with_pixel_types(const Model &m, Test test) {
+    if (m.src_bits == 16 && m.dst_bits == 16) test(uint16_t{}, uint16_t{});
+    if (m.src_bits == 16 && m.dst_bits == 32) test(uint16_t{}, uint32_t{});
+    if (m.src_bits == 32 && m.dst_bits == 16) test(uint32_t{}, uint16_t{});
+    if (m.src_bits == 32 && m.dst_bits == 32) test(uint32_t{}, uint32_t{});
+}
+
+[[maybe_unused]] void PrintTo(const Case &k, std::ostream *os) { *os << k.name; }
+
+class Kernels : public testing::TestWithParam<Case> {};
+class Spans : public Kernels {};
+
+TEST_P(Kernels, EveryCountAtEveryOffsetEqualsTheModel) {
+    const Case &k = GetParam();
+    ASSERT_TRUE(k.model.pixel) << "no model for " << k.name;
+    for (const std::string &name : k.not_run) std::printf("not run here: %s\n", name.c_str());
+    with_pixel_types(k.model, [&](auto src, auto dst) {
+        every_count_and_offset<decltype(src), decltype(dst)>(k);
+    });
+}
+
+TEST_P(Spans, EveryChannelPairAtEveryAlphaEqualsTheModel) {
+    const Case &k = GetParam();
+    ASSERT_TRUE(k.model.pixel) << "no model for " << k.name;
+    with_pixel_types(k.model, [&](auto src, auto dst) {
+        every_pair_at_every_alpha<decltype(src), decltype(dst)>(k);
+    });
+}
+
+const auto kCaseName = [](const auto &test) { return test.param.name; };
+INSTANTIATE_TEST_SUITE_P(Table, Kernels, testing::ValuesIn(all_cases()), kCaseName);
+INSTANTIATE_TEST_SUITE_P(Table, Spans, testing::ValuesIn(span_cases()), kCaseName);
+
+const Case &kernel(std::string_view name) {
+    static const std::vector<Case> cases = all_cases();
+    return *std::find_if(cases.begin(), cases.end(), [&](const Case &k) { return k.name == name; });
+}
+
+// Every grey level at every matrix entry, in every rotation: row y of the
+// source holds level y / 4.
+TEST(Converters, EveryLevelAtEveryThreshold) {
+    Buffer<uint32_t> src(4 * 1024);
+    for (size_t p = 0; p < src.size(); ++p) src[p] = uint32_t(p / 16) * 0x010101u;
+    for (const Case &k : all_cases()) {
+        if (k.span() || k.model.src_bits != 32) continue;
+        with_pixel_types(k.model, [&](auto, auto dst) {
+            check(k, {4, 1024}, {}, src, {}, Buffer<decltype(dst)>(4096));
+        });
+    }
+}
+
+// Every RGB565 word widens and packs back unchanged.
+TEST(Relations, Rgb565RoundTrip) {
+    Buffer<uint16_t> words(65536), back(65536);
+    Buffer<uint32_t> wide(65536);
+    for (uint32_t v = 0; v < 65536; ++v) words[v] = uint16_t(v);
+    xc_copy_pixels_16_to_rgb(words.data(), wide.data(), 65536, 0);
+    xc_copy_pixels_rgba_to_16(wide.data(), back.data(), 65536, 0);
+    EXPECT_TRUE(same_pixels(words, back));
+}
+
+// Converting the output's left part and then its right part, with the phase
+// moved by the part's width, gives the same pixels as one pass.
+TEST(Relations, TwoPartsWithShiftedPhaseEqualOnePass) {
+    const int w = 13, h = 9, src_skip = 2, dst_skip = 1, stride = w + src_skip;
+    std::mt19937 rng(5);
+    const auto src = random_words(rng, size_t(h * stride));
+    for (const char *name : {"xc_convert_rgba_to_16", "xc_convert_rgba_to_16_90",
+                             "xc_convert_rgba_to_16_270", "xc_convert_rgba_to_18",
+                             "xc_convert_rgba_to_18_90", "xc_convert_rgba_to_18_270"}) {
+        const Case &k = kernel(name);
+        const int rotation = k.model.rotation, out_w = rotation ? h : w, out_h = rotation ? w : h;
+        for (const Candidate &candidate : k.candidates) {
+            Buffer<uint32_t> whole(size_t(out_h * (out_w + dst_skip))), parts = whole;
+            call(candidate.run, {w, h, src_skip, dst_skip}, {.dx = 3, .dy = 1}, src.data(), nullptr,
+                 whole.data());
+            // Output columns [from, from + n) come from source columns, or rows when rotated.
+            const auto convert_part = [&](int from, int n) {
+                const int first = rotation == 90 ? h - from - n : from;
+                const uint32_t *part = src.data() + (rotation ? first * stride : from);
+                const Shape s = rotation ? Shape{w, n, src_skip, dst_skip + out_w - n}
+                                         : Shape{n, h, src_skip + w - n, dst_skip + out_w - n};
+                char *out = reinterpret_cast<char *>(parts.data()) + from * k.model.dst_bits / 8;
+                call(candidate.run, s, {.dx = 3 + from, .dy = 1}, part, nullptr, out);
+            };
+            convert_part(0, 5);
+            convert_part(5, out_w - 5);
+            EXPECT_TRUE(same_pixels(whole, parts)) << candidate.name;
+        }
+    }
+}
+
+TEST(Relations, Rotating90Then270GivesTheOriginal) {
+    std::mt19937 rng(9);
+    const auto src = random_words(rng, 7 * 5);
+    Buffer<uint32_t> turned(src.size()), back(src.size());
+    xc_convert_rgba_to_32_90(src.data(), turned.data(), 0, 0, 7, 5, 0, 0);
+    xc_convert_rgba_to_32_270(turned.data(), back.data(), 0, 0, 5, 7, 0, 0);
+    EXPECT_FALSE(same_pixels(src, turned));
+    EXPECT_TRUE(same_pixels(src, back));
+}
+
+}  // namespace
