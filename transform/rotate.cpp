@@ -108,7 +108,7 @@ extern "C" {
 
 xc_image *xc_image_new_from_rotated_image(xc_image *image, int32_t degrees) {
     if (image && !image->data && image->loader) xc_image_load_data(image);
-    if (!image || !fbc::rows_hold(image, fbc::pointer_step(image)) || image->width < 1 ||
+    if (!image || !fbc::rows_addressable(image, fbc::pointer_step(image)) || image->width < 1 ||
         image->height < 1 || image->width > fbc::kMaxSide || image->height > fbc::kMaxSide) {
         fbc::log_out("xc_image_new_from_rotated_image: no pixels to turn, or too large\n");
         return nullptr;

@@ -200,6 +200,9 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
     const Image rgb16{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
     sized->width = sized->height = 4;
     const char *kFit = "xc_image_fit_size: bad size", *kRotate = "xc_image_new_from_rotated_image";
+    const char *kFitRefused = "xc_image_fit_size: refused size";
+    // Rows of 4 bytes where the format's are 40: a copy would read past them.
+    const Image short_rows{xc_image_new_with_data(10, 2, words.data(), 0, 0, 1, 4)};
     const char *k32 = "no 32-bit pixels";
     const float *m = kIdentity.data();
     const int32_t *low = kLow, *high = kHigh;
@@ -212,6 +215,13 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
         {[&] { return xc_image_fit_size(src.get(), 10, 0, "matte"); }, kFit},
         {[&] { return xc_image_fit_size(src.get(), -5, 10, "matte"); }, kFit},
         {[&] { return xc_image_fit_size(empty.get(), 10, 10, "matte"); }, kFit},
+        // Sizes whose pixels would fill gigabytes, or not fit int32 at all.
+        {[&] { return xc_image_fit_size(src.get(), 23170, 23170, "crop"); }, kFitRefused},
+        {[&] { return xc_image_fit_size(src.get(), INT32_MAX, 1, "crop"); }, kFitRefused},
+        {[&] { return xc_image_scale_down_xy_2(src.get(), (1 << 30) + 1, (1 << 30) + 1); },
+         "xc_image_scale_down_xy_2: refused size 1073741825 x 1073741825"},
+        {[&] { return xc_image_new_from_color_transformed_image(short_rows.get(), nullptr, low, high); },
+         "rows too short to copy"},
         {[&] { return xc_image_new_from_rotated_image(sized.get(), 30); }, kRotate},
         {[&] { return xc_image_new_from_rotated_image(huge.get(), 30); }, kRotate},
         {[&] { return xc_image_new_from_color_transformed_image(rgb16.get(), m, low, high); }, k32},
