@@ -180,12 +180,17 @@ TEST(PolygonDraw, ScanlinesAboveTheClipAreSkippedWithoutChangingARow) {
         }
     }
     // A vertex at the far top: only the clip's rows are visited, and they
-    // are those of the same edges starting just above the image.
-    const Points far{{3, INT32_MIN}, {12, INT32_MIN}, {12, 19}};
-    const Points near{{3, -5}, {12, -5}, {12, 19}, {3, 19}};
-    const std::string drawn = test::picture(fill(far, {0, 0, 20, 20}, 0, 0, ~0u, 20).get());
-    EXPECT_EQ(drawn, test::picture(fill(near, {0, 0, 20, 20}, 0, 0, ~0u, 20).get()));
-    EXPECT_NE(drawn.find('#'), std::string::npos);
+    // are those of the same edges starting just above the image (edges this
+    // long and steep run straight down; the second pair draws nothing).
+    const struct { Points far, near; } cases[] = {
+        {{{3, INT32_MIN}, {12, INT32_MIN}, {12, 19}}, {{3, -5}, {12, -5}, {12, 19}, {3, 19}}},
+        {{{0, -100000000}, {40, 19}, {0, 19}}, {}},
+    };
+    for (const auto &c : cases) {
+        const std::string drawn = test::picture(fill(c.far, {0, 0, 20, 20}, 0, 0, ~0u, 20).get());
+        EXPECT_EQ(drawn, test::picture(fill(c.near, {0, 0, 20, 20}, 0, 0, ~0u, 20).get()));
+        EXPECT_EQ(drawn.find('#') == std::string::npos, c.near.empty());
+    }
 }
 
 TEST(RectangleDraw, ClipsTheCallersAreaInPlaceAndFillsIt) {

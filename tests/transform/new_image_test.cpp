@@ -98,6 +98,13 @@ TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
     const auto *p = reinterpret_cast<uint16_t *>(out->data);
     EXPECT_EQ((std::array{int(out->depth), out->rowstride}), (std::array{16, 4}));
     EXPECT_EQ(std::vector<uint16_t>(p, p + 6), (std::vector<uint16_t>{4, 1, 5, 2, 6, 3}));
+    // Three-byte rows pitched as 32-bit words are turned as words, into
+    // rows of 4 bytes a pixel.
+    Words wide{1, 2, 3, 4, 5, 6};
+    const Image rgb24{xc_image_new_with_data(3, 2, wide.data(), 2, 0, 1, 12)};
+    const Image turned{xc_image_new_from_rotated_image(rgb24.get(), 90)};
+    EXPECT_EQ((std::array{int(turned->format), turned->rowstride}), (std::array{2, 8}));
+    EXPECT_EQ(all(turned.get()), (Words{4, 1, 5, 2, 6, 3}));
 }
 
 TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
