@@ -61,8 +61,8 @@ void xg_area_intersect_area(xg_area *a, const xg_area *b) {
 void xg_rect_from_area(xg_rect *rect, const xg_area *area) {
     rect->x = area->x1;
     rect->y = area->y1;
-    rect->w = static_cast<int32_t>(static_cast<uint32_t>(area->x2) - static_cast<uint32_t>(area->x1));
-    rect->h = static_cast<int32_t>(static_cast<uint32_t>(area->y2) - static_cast<uint32_t>(area->y1));
+    rect->w = static_cast<int32_t>(uint32_t(area->x2) - uint32_t(area->x1));
+    rect->h = static_cast<int32_t>(uint32_t(area->y2) - uint32_t(area->y1));
 }
 
 // c = c * a >> 8: the blend arithmetic divides by shifting too, so an

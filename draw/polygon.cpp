@@ -154,7 +154,8 @@ void step_many(Scan &scan, int64_t k, int32_t count) {
         int64_t key, earlier;
         int32_t index;
         bool operator<(const Place &o) const {
-            return key != o.key ? key < o.key : earlier != o.earlier ? earlier < o.earlier : index < o.index;
+            if (key != o.key) return key < o.key;
+            return earlier != o.earlier ? earlier < o.earlier : index < o.index;
         }
     };
     StackBuffer<Place, 64> places(count);

@@ -30,7 +30,8 @@ void draw_directly(fuzz::Input &in, xc_image *src, xc_image *dst, const xg_area 
     const uint32_t colour = fuzz::colour(in);
     if (which == kDrawerCount) {
         // The clipping step, then the drawer the blit would pick after it.
-        if (xc_scale_handle_clip(src, dst, &c, &s, &d)) xc_scale_sample(src, dst, &c, &s, &d, colour);
+        if (xc_scale_handle_clip(src, dst, &c, &s, &d))
+            xc_scale_sample(src, dst, &c, &s, &d, colour);
         return;
     }
     kDrawers[which](src, dst, &c, &s, &d, colour);

@@ -116,8 +116,8 @@ private:
     // Known pixels, with alpha bytes of 0, 255 and in between.
     static void paint(xc_image *image, uint8_t seed) {
         if (!image->data || image->rowstride <= 0 || image->height <= 0) return;
-        const size_t bytes = static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height);
-        for (size_t i = 0; i < bytes; ++i) image->data[i] = static_cast<uint8_t>(seed + i * 77 + (i >> 3));
+        const size_t bytes = size_t(image->rowstride) * size_t(image->height);
+        for (size_t i = 0; i < bytes; ++i) image->data[i] = uint8_t(seed + i * 77 + (i >> 3));
     }
 
     std::vector<xc_image *> images_;

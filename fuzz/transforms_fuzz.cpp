@@ -23,7 +23,8 @@ int32_t target(fuzz::Input &in) {
 }
 
 void fit(fuzz::Input &in, xc_image *src) {
-    static const char *const kModes[] = {nullptr, "crop", "matte", "matte-both", "distort", "Matte", ""};
+    static const char *const kModes[] = {nullptr,   "crop",  "matte", "matte-both",
+                                         "distort", "Matte", ""};
     const int32_t w = target(in), h = target(in);
     xc_image_unref(xc_image_fit_size(src, w, h, kModes[in.take<uint8_t>() % 7]));
 }
@@ -31,13 +32,15 @@ void fit(fuzz::Input &in, xc_image *src) {
 void colour_matrix(fuzz::Input &in, xc_image *src) {
     float matrix[16];
     int32_t lower[3], upper[3];
-    for (float &m : matrix) m = in.take<uint8_t>() & 1 ? in.take<float>() : float(in.take<int8_t>()) / 16;
+    for (float &m : matrix)
+        m = in.take<uint8_t>() & 1 ? in.take<float>() : float(in.take<int8_t>()) / 16;
     for (int c = 0; c < 3; ++c) {
         lower[c] = in.take<uint8_t>() & 1 ? 0 : fuzz::coord(in);
         upper[c] = in.take<uint8_t>() & 1 ? 255 : fuzz::coord(in);
     }
     const bool copy = in.take<uint8_t>() % 4 == 0;
-    xc_image_unref(xc_image_new_from_color_transformed_image(src, copy ? nullptr : matrix, lower, upper));
+    xc_image_unref(
+        xc_image_new_from_color_transformed_image(src, copy ? nullptr : matrix, lower, upper));
 }
 
 void reduce(fuzz::Input &in, xc_image *src) {

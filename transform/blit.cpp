@@ -68,8 +68,6 @@ int64_t scaled(int64_t pixels, int64_t factor) {
     return (pixels * factor) >> 16;
 }
 
-bool fits_int32(int64_t v) { return v >= INT32_MIN && v <= INT32_MAX; }
-
 }  // namespace
 }  // namespace fbc
 
@@ -102,8 +100,8 @@ int xc_scale_handle_clip(const xc_image *src, const xc_image * /*dst*/, xg_area 
         y2 -= fbc::scaled(int64_t{s.y2} - src->height, fy);
         s.y2 = src->height;
     }
-    if (!fbc::fits_int32(x1) || !fbc::fits_int32(y1) || !fbc::fits_int32(x2) || !fbc::fits_int32(y2))
-        return 0;
+    for (const int64_t edge : {x1, y1, x2, y2})
+        if (edge < INT32_MIN || edge > INT32_MAX) return 0;
     *src_area = s;
     *dst_area = {static_cast<int32_t>(x1), static_cast<int32_t>(y1), static_cast<int32_t>(x2),
                  static_cast<int32_t>(y2)};

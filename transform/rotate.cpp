@@ -22,9 +22,10 @@ constexpr int32_t kMaxSide = 16383;
 // turned as the 32-bit words it is addressed as, so its result has rows of
 // 4 bytes a pixel too.
 xc_image *same_kind(const xc_image *src, int32_t width, int32_t height) {
-    xc_image *result =
-        src->depth == 16 ? xc_image_new_from_data(width, height, nullptr, 16, 0, 0)
-                         : xc_image_new_with_data(width, height, nullptr, src->format, 0, 0, width * 4);
+    xc_image *result = src->depth == 16
+                           ? xc_image_new_from_data(width, height, nullptr, 16, 0, 0)
+                           : xc_image_new_with_data(width, height, nullptr, src->format, 0, 0,
+                                                    width * 4);
     result->depth = src->depth;
     result->has_alpha = src->has_alpha;
     return result;

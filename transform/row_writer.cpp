@@ -74,7 +74,8 @@ void RowWriter::held(const uint8_t *s, int64_t s_bytes, uint8_t *d, int64_t d_by
     uint32_t in[kChunk], out[kChunk] = {};
     for (int64_t i = 0; i < n; i += kChunk) {
         const int64_t k = std::min(kChunk, n - i);
-        const auto out_bytes = static_cast<size_t>(std::min(k * dst_bytes_, d_bytes - i * dst_bytes_));
+        const auto out_bytes =
+            static_cast<size_t>(std::min(k * dst_bytes_, d_bytes - i * dst_bytes_));
         std::memcpy(in, s + i * src_bytes_, static_cast<size_t>(k * src_bytes_));
         std::memcpy(out, d + i * dst_bytes_, out_bytes);
         draw_(in, out, static_cast<int32_t>(k), color_);

@@ -108,14 +108,19 @@ void xc_image_scale_1d(const uint32_t *src, int32_t src_count, int32_t src_step,
                        int32_t dst_count, int32_t dst_step) {
     if (src_count < 1 || dst_count < 1) return;
     const fbc::Filter filter = dst_count < src_count / 2 ? fbc::Filter::box : fbc::Filter::linear;
-    const auto taps = fbc::make_taps(filter, src_count, dst_count, 0, dst_count);
-    for (int32_t i = 0; i < dst_count; ++i) {
-        const fbc::Tap &t = taps[static_cast<size_t>(i)];
-        const uint32_t *p = src + static_cast<intptr_t>(int64_t{t.first} * src_step);
-        dst[static_cast<intptr_t>(int64_t{i} * dst_step)] =
-            filter == fbc::Filter::box
-                ? fbc::box_average(src, src_step, t)
-                : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
+    // Taps a block at a time: the memory stays small whatever the counts.
+    constexpr int32_t kBlock = 1024;
+    for (int32_t first = 0, end = 0; first < dst_count; first = end) {
+        end = first + std::min(kBlock, dst_count - first);
+        const auto taps = fbc::make_taps(filter, src_count, dst_count, first, end);
+        for (int32_t i = first; i < end; ++i) {
+            const fbc::Tap &t = taps[static_cast<size_t>(i - first)];
+            const uint32_t *p = src + static_cast<intptr_t>(int64_t{t.first} * src_step);
+            dst[static_cast<intptr_t>(int64_t{i} * dst_step)] =
+                filter == fbc::Filter::box
+                    ? fbc::box_average(src, src_step, t)
+                    : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
+        }
     }
 }
 

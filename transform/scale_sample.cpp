@@ -91,8 +91,8 @@ void xc_scale_noscale(const xc_image *src, xc_image *dst, const xg_area *clip,
     const xc_image *from = guard.source();
     const xg_area &c = guard.clip();
     auto *d = static_cast<uint8_t *>(xc_image_pointer(dst, c.x1, c.y1));
-    const auto *s = static_cast<const uint8_t *>(
-        xc_image_pointer(from, c.x1 - dst_area->x1 + src_area->x1, c.y1 - dst_area->y1 + src_area->y1));
+    const auto *s = static_cast<const uint8_t *>(xc_image_pointer(
+        from, c.x1 - dst_area->x1 + src_area->x1, c.y1 - dst_area->y1 + src_area->y1));
     const int32_t rows = fbc::height_of(c), n = fbc::width_of(c);
     // Full rows between like images are one run: the test is against the
     // source's width, not the destination's.

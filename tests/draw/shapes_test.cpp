@@ -52,8 +52,10 @@ TEST(LineDraw, TouchesExactlyThesePixels) {
         {INT32_MIN, -(1 << 30), INT32_MAX - 1, (1 << 30) - 1, kWhole,
          "#....... .##..... ...##... .....##. .......# ........"},
         {-8, -4, 8, 4, kWhole, "#....... .##..... ...##... .....##. .......# ........"},
-        {3, INT32_MAX, 3, INT32_MIN, kEverywhere, "...#.... ...#.... ...#.... ...#.... ...#.... ...#...."},
-        {INT32_MAX, 1, INT32_MIN, 1, kEverywhere, "........ ######## ........ ........ ........ ........"},
+        {3, INT32_MAX, 3, INT32_MIN, kEverywhere,
+         "...#.... ...#.... ...#.... ...#.... ...#.... ...#...."},
+        {INT32_MAX, 1, INT32_MIN, 1, kEverywhere,
+         "........ ######## ........ ........ ........ ........"},
         // A clip larger than the image is held to the image.
         {8, -50, 8, 50, kHuge, kNothing},
         {-50, 5, 50, 5, kHuge, "........ ........ ........ ........ ........ ########"},
@@ -173,7 +175,8 @@ TEST(PolygonDraw, ScanlinesAboveTheClipAreSkippedWithoutChangingARow) {
             p = {int32_t(random() % 12) * 7 - 10, int32_t(random() % 9) * 8 - 4};
         const std::string whole = test::picture(fill(points, {0, 0, 64, 64}, 0, 4, ~0u, 64).get());
         for (int32_t top : {3, 17, 40}) {
-            const std::string part = test::picture(fill(points, {0, top, 64, 64}, 0, 4, ~0u, 64).get());
+            const std::string part =
+                test::picture(fill(points, {0, top, 64, 64}, 0, 4, ~0u, 64).get());
             const size_t cut = size_t(top) * 65;
             EXPECT_EQ(part.substr(cut), whole.substr(cut)) << round << " from row " << top;
             EXPECT_EQ(part.find('#'), part.find('#', cut)) << round << " above row " << top;

@@ -227,12 +227,14 @@ TEST(Blit, SourceAreasClippedToNothingOrEndsPastInt32DrawNothing) {
 }
 
 TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
-    const Image src = painted(10, 10, [](int x, int y) { return 0xFF000000u | uint32_t(y * 10 + x) * 997u; });
+    const Image src =
+        painted(10, 10, [](int x, int y) { return 0xFF000000u | uint32_t(y * 10 + x) * 997u; });
     // Exact factors of 1 and 2 clip these down to the small rectangles.
     constexpr int32_t M = INT32_MAX - 20, H = (1 << 30) - 20;
     const struct { Rect big, small; } cases[] = {
         {{-M, -M, M + 10, M + 10, -M, -M, M + 10, M + 10}, {0, 0, 10, 10, 0, 0, 10, 10}},
-        {{-H, -H, H + 10, H + 10, -2 * H, -2 * H, 2 * H + 20, 2 * H + 20}, {0, 0, 10, 10, 0, 0, 20, 20}},
+        {{-H, -H, H + 10, H + 10, -2 * H, -2 * H, 2 * H + 20, 2 * H + 20},
+         {0, 0, 10, 10, 0, 0, 20, 20}},
         {{0, 0, H, H, 0, 0, 2 * H, 2 * H}, {0, 0, 10, 10, 0, 0, 20, 20}},
         {{3, -H, 1, H + 10, 0, -2 * H, 4, 2 * H + 20}, {3, 0, 1, 10, 0, 0, 4, 20}},
         {{-H, 3, H + 10, 1, -2 * H, 0, 2 * H + 20, 4}, {0, 3, 10, 1, 0, 0, 20, 4}},
@@ -256,22 +258,29 @@ TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
         // Scrolling up and down by whole rows (one run, longer than the
         // scratch words), left and right within rows; overlapping
         // diagonally; a part of each row; the whole image onto itself.
-        {{0, 3, 40, 27, 0, 0, 40, 27}, 0, kWhite, opaque}, {{0, 0, 40, 27, 0, 1, 40, 27}, 0, kWhite, opaque},
-        {{3, 0, 37, 30, 0, 0, 37, 30}, 0, kWhite, opaque}, {{0, 0, 37, 30, 3, 0, 37, 30}, 0, kWhite, opaque},
-        {{1, 1, 30, 20, 3, 2, 30, 20}, 0, kWhite, alpha},  {{2, 9, 26, 16, 2, 1, 26, 16}, 0, kWhite, opaque},
-        {{0, 0, 40, 30, 0, 0, 40, 30}, 0, 0x80FF8040, alpha}, {{0, 0, 40, 24, 0, 6, 40, 24}, 0, kWhite, rgb16},
+        {{0, 3, 40, 27, 0, 0, 40, 27}, 0, kWhite, opaque},
+        {{0, 0, 40, 27, 0, 1, 40, 27}, 0, kWhite, opaque},
+        {{3, 0, 37, 30, 0, 0, 37, 30}, 0, kWhite, opaque},
+        {{0, 0, 37, 30, 3, 0, 37, 30}, 0, kWhite, opaque},
+        {{1, 1, 30, 20, 3, 2, 30, 20}, 0, kWhite, alpha},
+        {{2, 9, 26, 16, 2, 1, 26, 16}, 0, kWhite, opaque},
+        {{0, 0, 40, 30, 0, 0, 40, 30}, 0, 0x80FF8040, alpha},
+        {{0, 0, 40, 24, 0, 6, 40, 24}, 0, kWhite, rgb16},
         {{1, 0, 39, 30, 0, 0, 39, 30}, 0, kWhite, rgb16},
         // A 16-bit image through a 32-bit span function is read from a copy.
         {{0, 0, 30, 20, 2, 1, 30, 20}, 0, 0xC0FFFFFF, rgb16},
         // Scaled, by every drawer.
-        {{0, 0, 20, 20, 2, 2, 33, 27}, 0, kWhite, opaque}, {{0, 0, 40, 30, 1, 1, 16, 12}, 1, kWhite, alpha},
-        {{2, 2, 30, 20, 0, 0, 40, 29}, 1, kWhite, opaque}, {{4, 0, 1, 30, 0, 0, 40, 30}, 0, kWhite, opaque},
+        {{0, 0, 20, 20, 2, 2, 33, 27}, 0, kWhite, opaque},
+        {{0, 0, 40, 30, 1, 1, 16, 12}, 1, kWhite, alpha},
+        {{2, 2, 30, 20, 0, 0, 40, 29}, 1, kWhite, opaque},
+        {{4, 0, 1, 30, 0, 0, 40, 30}, 0, kWhite, opaque},
         {{0, 4, 40, 1, 0, 0, 40, 30}, 0, kWhite, opaque},
     };
     auto make = [](Kind kind) {
         const int32_t depth = kind == alpha ? 32 : kind == rgb16 ? 16 : 24;
         Image image{xc_image_new_from_data(40, 30, nullptr, depth, 1, 0)};
-        for (int32_t i = 0; i < image->rowstride * 30; ++i) image->data[i] = uint8_t(i * 37 + (i >> 4));
+        for (int32_t i = 0; i < image->rowstride * 30; ++i)
+            image->data[i] = uint8_t(i * 37 + (i >> 4));
         return image;
     };
     for (const Case &c : cases) {
@@ -282,7 +291,8 @@ TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
                       c.smooth, c.colour);
         xc_image_blit(source.get(), target.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw,
                       r.dh, c.smooth, c.colour);
-        EXPECT_EQ(block(self.get()), block(target.get())) << r.sx << "," << r.sy << " to " << r.dx << "," << r.dy;
+        EXPECT_EQ(block(self.get()), block(target.get()))
+            << r.sx << "," << r.sy << " to " << r.dx << "," << r.dy;
     }
 }
 
@@ -292,7 +302,8 @@ const xc_scale_func kEveryDrawer[] = {
     xc_image_scale_down_y, xc_image_scale_down_xy};
 
 TEST(Drawers, InconsistentAreasDrawNothingAndAClipPastTheImageIsHeld) {
-    const Image src = painted(8, 8, [](int x, int y) { return 0xFF000000u | uint32_t(y << 8 | x); });
+    const Image src =
+        painted(8, 8, [](int x, int y) { return 0xFF000000u | uint32_t(y << 8 | x); });
     const struct { xg_area clip, s, d; } nothing[] = {
         {{0, 0, 8, 8}, {0, 0, 8, 8}, {0, 0, 4, 4}},  // clip outside the destination area
         {{0, 0, 8, 8}, {2, 2, 10, 10}, {0, 0, 8, 8}}, {{0, 0, 8, 8}, {-1, 0, 7, 8}, {0, 0, 8, 8}},
