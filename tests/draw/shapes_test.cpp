@@ -68,6 +68,33 @@ TEST(LineDraw, TouchesExactlyThesePixels) {
     }
 }
 
+TEST(LineDraw, JumpingToTheClipChangesNoPixel) {
+    // A line drawn through a clip that starts (or ends) part way along it
+    // equals the line drawn whole, cut to that clip: the walk jumps to the
+    // clip instead of stepping up to it.
+    std::mt19937 random(5);
+    for (int round = 0; round < 400; ++round) {
+        const int32_t x0 = random() % 64, y0 = random() % 64;
+        const int32_t x1 = random() % 64, y1 = random() % 64;
+        if (x0 == x1 || y0 == y1) continue;
+        test::Image whole = test::blank_alpha(64, 64);
+        const xg_area all{0, 0, 64, 64};
+        xc_line_draw(whole.get(), &all, x0, y0, x1, y1, 0xFFFFFFFF);
+        for (const xg_area &clip : {xg_area{20, 13, 64, 64}, xg_area{0, 0, 41, 29}}) {
+            // The box without +1 on x drops a line ending on the clip's left column.
+            if (std::max(x0, x1) == clip.x1) continue;
+            test::Image part = test::blank_alpha(64, 64);
+            xc_line_draw(part.get(), &clip, x0, y0, x1, y1, 0xFFFFFFFF);
+            for (int32_t y = 0; y < 64; ++y)
+                for (int32_t x = 0; x < 64; ++x) {
+                    const bool in = x >= clip.x1 && x < clip.x2 && y >= clip.y1 && y < clip.y2;
+                    ASSERT_EQ(test::at(part.get(), x, y), in ? test::at(whole.get(), x, y) : 0u)
+                        << x0 << "," << y0 << " to " << x1 << "," << y1 << " at " << x << "," << y;
+                }
+        }
+    }
+}
+
 TEST(LineDraw, BlendsTheColourIntoThePixel) {
     struct Case { bool alpha; int before; uint32_t colour; int32_t x1, y1; uint32_t expected; };
     const Case cases[] = {
