@@ -1,32 +1,42 @@
 // Rectangles (origin and size) and areas (two corners, the second
 // exclusive), and colour premultiplication.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 #include "core/log.hpp"
 #include "fbcompose/image.h"
+
+namespace {
+
+// Ends are summed in 64 bits: any int32 origin and size may be passed.
+int64_t right(const xg_rect *r) { return int64_t{r->x} + r->w; }
+int64_t bottom(const xg_rect *r) { return int64_t{r->y} + r->h; }
+
+}  // namespace
 
 extern "C" {
 
 // compat: strict comparisons: rectangles that only touch count as
 // crossing, and so does an empty rectangle lying on another's edge.
 int xg_rect_is_cross(const xg_rect *a, const xg_rect *b) {
-    if (a->x + a->w < b->x || b->x + b->w < a->x) return 0;
-    if (a->y + a->h < b->y || b->y + b->h < a->y) return 0;
+    if (right(a) < b->x || right(b) < a->x) return 0;
+    if (bottom(a) < b->y || bottom(b) < a->y) return 0;
     return 1;
 }
 
 // Returns out->h, which callers must not take as "non-empty": touching
-// rectangles give a zero width with a non-zero result.
+// rectangles give a zero width with a non-zero result. Crossing rectangles
+// give a width between min(a.w, b.w, 0) and max(a.w, b.w): it always fits.
 int xg_rect_intersect(xg_rect *out, const xg_rect *a, const xg_rect *b) {
     if (!xg_rect_is_cross(a, b)) {
         out->w = out->h = 0;
         return 0;
     }
     out->x = std::max(a->x, b->x);
-    out->w = std::min(a->x + a->w, b->x + b->w) - out->x;
+    out->w = static_cast<int32_t>(std::min(right(a), right(b)) - out->x);
     out->y = std::max(a->y, b->y);
-    out->h = std::min(a->y + a->h, b->y + b->h) - out->y;
+    out->h = static_cast<int32_t>(std::min(bottom(a), bottom(b)) - out->y);
     return out->h;
 }
 
@@ -46,11 +56,13 @@ void xg_area_intersect_area(xg_area *a, const xg_area *b) {
     }
 }
 
+// A size beyond the int32 range wraps, as two's complement arithmetic
+// always gave it, instead of overflowing.
 void xg_rect_from_area(xg_rect *rect, const xg_area *area) {
     rect->x = area->x1;
     rect->y = area->y1;
-    rect->w = area->x2 - area->x1;
-    rect->h = area->y2 - area->y1;
+    rect->w = static_cast<int32_t>(uint32_t(area->x2) - uint32_t(area->x1));
+    rect->h = static_cast<int32_t>(uint32_t(area->y2) - uint32_t(area->y1));
 }
 
 // compat: c = c * a >> 8: the blend arithmetic divides by shifting too, so an

@@ -143,9 +143,11 @@ xc_image *xc_image_new_with_data(int32_t width, int32_t height, void *data,
 
 int xc_image_has_alpha(const xc_image *image) { return image->has_alpha; }
 
+// The offset is formed in 64 bits so that no int32 argument overflows it,
+// even on the 32-bit device; an address outside the block is the caller's.
 void *xc_image_pointer(const xc_image *image, int32_t x, int32_t y) {
-    const intptr_t bpp = image->depth == 16 ? 2 : 4;
-    return image->data + static_cast<intptr_t>(y) * image->rowstride + x * bpp;
+    const int64_t bpp = image->depth == 16 ? 2 : 4;
+    return image->data + static_cast<intptr_t>(int64_t{y} * image->rowstride + x * bpp);
 }
 
 xc_image *xc_image_ref(xc_image *image) {

@@ -60,7 +60,9 @@ xc_dm *xc_dm_new(int32_t width, int32_t height) {
     const int64_t cols = (static_cast<int64_t>(width) + 15) / 16;
     const int64_t rows = (static_cast<int64_t>(height) + 15) / 16;
     const auto bytes = fbc::checked_product(cols, rows, sizeof(int32_t));
-    if (!bytes || width < 0 || height < 0) {
+    // The bands handed back cover whole tiles: their sides must fit too.
+    const bool bands_fit = cols * fbc::kTileSize <= INT32_MAX && rows * fbc::kTileSize <= INT32_MAX;
+    if (!bytes || !bands_fit || width < 0 || height < 0) {
         // An empty screen: every area then lies outside it.
         fbc::log_err("xc_dm_new: refused screen size %d x %d\n", width, height);
         return dm;

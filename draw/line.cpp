@@ -44,55 +44,84 @@ void draw_point(const Canvas &c, const xg_area &clip, int32_t x, int32_t y, uint
 }
 
 // The right clip edge is not tested and the lower end point is not drawn.
+// Rows outside the image would all be dropped, so they are not visited.
 void draw_vertical(const Canvas &c, const xg_area &clip, int32_t x, int32_t y0, int32_t y1,
                    uint32_t color) {
-    if (x < clip.x1) return;
-    const int32_t top = std::max(std::min(y0, y1), clip.y1);
-    const int32_t end = std::min(std::max(y0, y1), clip.y2);
+    if (x < clip.x1 || x < c.bounds.x1 || x >= c.bounds.x2) return;
+    const int32_t top = std::max({std::min(y0, y1), clip.y1, c.bounds.y1});
+    const int32_t end = std::min({std::max(y0, y1), clip.y2, c.bounds.y2});
     for (int32_t y = top; y < end; ++y) c.put(x, y, color);
 }
 
 // The bottom clip edge is not tested and the right end point is not drawn.
 void draw_horizontal(const Canvas &c, const xg_area &clip, int32_t y, int32_t x0, int32_t x1,
                      uint32_t color) {
-    if (y < clip.y1) return;
-    const int32_t left = std::max(std::min(x0, x1), clip.x1);
-    const int32_t end = std::min(std::max(x0, x1), clip.x2);
+    if (y < clip.y1 || y < c.bounds.y1 || y >= c.bounds.y2) return;
+    const int32_t left = std::max({std::min(x0, x1), clip.x1, c.bounds.x1});
+    const int32_t end = std::min({std::max(x0, x1), clip.x2, c.bounds.x2});
     for (int32_t x = left; x < end; ++x) c.put(x, y, color);
 }
 
-// Bresenham with doubled deltas; both end points are drawn. The walk stops
-// early once the major coordinate has left the clip for good.
+// Bresenham with doubled deltas along the major axis (y when steep, x
+// otherwise): with a = 2|major delta| and b = 2|minor delta| (b <= a), the
+// error starts at b - a / 2, and each step moves the minor coordinate when
+// the error is not negative (subtracting a) and adds b.
+struct Walk {
+    int64_t major, minor, error;
+    int64_t end;        // major coordinate of the last pixel
+    int32_t smaj, smin;  // steps, +1 or -1
+    int64_t a, b;
+
+    // Takes k steps at once. After k steps the minor coordinate has moved
+    // m = floor((k b - a / 2) / a) + 1 times, which with P = k |minor delta|
+    // = Q |major delta| + R is Q + (2R >= |major delta|); the error is what
+    // remains, b - a / 2 + 2R less a if R made the extra move. Every term
+    // fits 64 bits for any int32 end points.
+    void skip(uint64_t k) {
+        const auto half_a = static_cast<uint64_t>(a / 2), half_b = static_cast<uint64_t>(b / 2);
+        const uint64_t p = k * half_b;
+        const uint64_t q = p / half_a, r = p % half_a;
+        const bool extra = 2 * r >= half_a;
+        major += smaj * static_cast<int64_t>(k);
+        minor += smin * static_cast<int64_t>(q + extra);
+        error = b - a / 2 + 2 * static_cast<int64_t>(r) - (extra ? a : 0);
+    }
+    void step() {
+        major += smaj;
+        if (error >= 0) {
+            error -= a;
+            minor += smin;
+        }
+        error += b;
+    }
+};
+
+// Both end points are drawn. Only the stretch of the major axis where the
+// clip and the image overlap can draw, so the walk jumps to it and stops
+// when it leaves it.
 void draw_bresenham(const Canvas &c, const xg_area &clip, int32_t x0, int32_t y0, int32_t x1,
                     int32_t y1, uint32_t color) {
     const int64_t ax = 2 * std::llabs(int64_t{x1} - x0);
     const int64_t ay = 2 * std::llabs(int64_t{y1} - y0);
-    const int32_t sx = x1 > x0 ? 1 : -1;
-    const int32_t sy = y1 > y0 ? 1 : -1;
-    int64_t x = x0, y = y0;
-    if (ax <= ay) {
-        int64_t e = ax - (ay >> 1);
-        for (;;) {
-            if (inside(clip, x, y)) c.put(x, y, color);
-            if (y == y1 || (sy > 0 ? y >= clip.y2 : y < clip.y1)) return;
-            y += sy;
-            if (e >= 0) {
-                e -= ay;
-                x += sx;
-            }
-            e += ax;
-        }
-    }
-    int64_t e = ay - (ax >> 1);
+    const bool steep = ax <= ay;
+    const int32_t sx = x1 > x0 ? 1 : -1, sy = y1 > y0 ? 1 : -1;
+    Walk w = steep ? Walk{y0, x0, 0, y1, sy, sx, ay, ax} : Walk{x0, y0, 0, x1, sx, sy, ax, ay};
+    w.error = w.b - (w.a >> 1);
+    const int64_t lo = std::max(steep ? clip.y1 : clip.x1, steep ? c.bounds.y1 : c.bounds.x1);
+    const int64_t hi = std::min(steep ? clip.y2 : clip.x2, steep ? c.bounds.y2 : c.bounds.x2);
+    if (lo >= hi) return;
+    // Steps to the first major coordinate inside [lo, hi), if the walk
+    // starts before it; none if the line ends first.
+    const int64_t ahead = w.smaj > 0 ? lo - w.major : w.major - (hi - 1);
+    const int64_t length = (w.end - w.major) * w.smaj;
+    if (ahead > length) return;
+    if (ahead > 0) w.skip(static_cast<uint64_t>(ahead));
     for (;;) {
+        const int64_t x = steep ? w.minor : w.major, y = steep ? w.major : w.minor;
         if (inside(clip, x, y)) c.put(x, y, color);
-        if (x == x1 || (sx > 0 ? x >= clip.x2 : x < clip.x1)) return;
-        x += sx;
-        if (e >= 0) {
-            e -= ax;
-            y += sy;
-        }
-        e += ay;
+        if (w.major == w.end) return;
+        w.step();
+        if (w.major < lo || w.major >= hi) return;
     }
 }
 
@@ -114,7 +143,7 @@ extern "C" {
 
 void xc_line_draw(xc_image *image, const xg_area *clip, int32_t x0, int32_t y0, int32_t x1,
                   int32_t y1, uint32_t color) {
-    if (!fbc::rows_hold(image, 4)) return;
+    if (!fbc::words_addressable(image)) return;
     const fbc::Canvas canvas{image, {0, 0, image->width, image->height},
                              image->has_alpha ? fbc::plot_rgba : fbc::plot_rgb};
     if (x0 == x1 && y0 == y1) {

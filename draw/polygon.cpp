@@ -125,17 +125,79 @@ void step_active(Scan &scan, int32_t y) {
     }
 }
 
-void scan_polygon(Scan &scan, xc_image *image, const xg_area &box, uint32_t color) {
+// x + k x slope, wrapping as k single steps do.
+int32_t stepped(const Edge *e, int64_t k) {
+    return static_cast<int32_t>(static_cast<uint32_t>(e->x) +
+                                static_cast<uint32_t>(k) * static_cast<uint32_t>(e->slope));
+}
+
+// How many scanlines from y on may be stepped at once, without drawing:
+// up to the clip's first row, the next edge to enter, or the step that
+// drops an edge, whichever comes first.
+int64_t quiet_run(const Scan &scan, int64_t y, int64_t first_drawn) {
+    int64_t until = first_drawn;
+    if (scan.pending.first) until = std::min<int64_t>(until, scan.pending.first->top);
+    for (const Edge *e = scan.active.first; e; e = e->next)
+        if (e->bottom >= y) until = std::min<int64_t>(until, e->bottom);
+    return until - y;
+}
+
+// The state after k >= 2 single steps of an unchanging active list. Each
+// step leaves the list sorted by the stepped key, keeping the order of
+// ties; two edges whose keys tie on two steps running share slope and x,
+// and so keep their order throughout. The list after the last step is
+// therefore sorted by the last key, ties broken by the key one step
+// earlier, then by the order before.
+void step_many(Scan &scan, int64_t k, int32_t count) {
+    struct Place {
+        Edge *edge;
+        int64_t key, earlier;
+        int32_t index;
+        bool operator<(const Place &o) const {
+            if (key != o.key) return key < o.key;
+            return earlier != o.earlier ? earlier < o.earlier : index < o.index;
+        }
+    };
+    StackBuffer<Place, 64> places(count);
+    int32_t n = 0;
+    for (Edge *e = scan.active.first; e; e = e->next, ++n)
+        places[static_cast<size_t>(n)] = {e, int64_t{stepped(e, k)} + e->extra / 2,
+                                          int64_t{stepped(e, k - 1)} + e->extra / 2, n};
+    std::sort(places.data(), places.data() + n);
+    Edge *prev = nullptr;
+    for (int32_t i = 0; i < n; ++i) {
+        Edge *e = places[static_cast<size_t>(i)].edge;
+        e->x = stepped(e, k);
+        e->prev = prev;
+        e->next = nullptr;
+        (prev ? prev->next : scan.active.first) = e;
+        prev = e;
+    }
+}
+
+// Scanlines above the clip draw nothing; they are stepped in runs between
+// the edges' ends rather than one by one, so a vertex far above the clip
+// costs no more than one near it.
+void scan_polygon(Scan &scan, int32_t edges, xc_image *image, const xg_area &box,
+                  uint32_t color) {
     const xc_fill_func fill = xc_get_fill_func(color, image);
     const int32_t last = std::min(scan.bottom, box.y2 - 1);
-    for (int64_t y = scan.top; y <= last; ++y) {
+    if (box.y1 > last) return;
+    for (int64_t y = scan.top; y <= last;) {
         while (scan.pending.first && scan.pending.first->top == y) {
             Edge *e = scan.pending.first;
             scan.pending.remove(e);
             scan.active.insert_sorted(e, entry_key);
         }
-        if (y >= box.y1) fill_spans(scan, image, box, static_cast<int32_t>(y), fill, color);
+        if (y >= box.y1) {
+            fill_spans(scan, image, box, static_cast<int32_t>(y), fill, color);
+        } else if (const int64_t k = quiet_run(scan, y, box.y1); k >= 2) {
+            step_many(scan, k, edges);
+            y += k;
+            continue;
+        }
         step_active(scan, static_cast<int32_t>(y));
+        ++y;
     }
 }
 
@@ -146,7 +208,7 @@ extern "C" {
 
 void xc_polygon_draw(xc_image *image, const xg_area *clip, int32_t x_offset, int32_t y_offset,
                      xg_list *points, uint32_t color) {
-    if (!points || !points->first || !fbc::rows_hold(image, 4)) return;
+    if (!points || !points->first || !fbc::words_addressable(image)) return;
     const xg_area box = fbc::clip_to_image(image, *clip);
     if (box.x2 <= box.x1 || box.y2 <= box.y1) return;
     // One edge record per point, on the stack for any ordinary polygon; a
@@ -154,9 +216,10 @@ void xc_polygon_draw(xc_image *image, const xg_area *clip, int32_t x_offset, int
     // stack.
     fbc::StackBuffer<fbc::Edge, 64> edges(points->count);
     fbc::Scan scan;
-    if (fbc::build_edges(scan, edges.data(), points, x_offset, y_offset) == 0) return;
+    const int32_t count = fbc::build_edges(scan, edges.data(), points, x_offset, y_offset);
+    if (count == 0) return;
     xg_color_premultiply(&color);
-    fbc::scan_polygon(scan, image, box, color);
+    fbc::scan_polygon(scan, count, image, box, color);
 }
 
 }  // extern "C"

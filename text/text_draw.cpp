@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/pixel_bounds.hpp"
 #include "core/pixel_format.hpp"
 #include "fbcompose/pixel.h"
 #include "fbcompose/text.h"
@@ -33,9 +34,10 @@ struct Painter {
     int32_t tx, ty;
 };
 
+// Rows of 32-bit pixels through rowstride, long enough and aligned.
 bool has_32bit_pixels(const xc_image *image) {
-    return image->data && image->format != pixel_format::kPacked24 &&
-           image->format != pixel_format::kRgb565 && image->depth != 16;
+    return image->format != pixel_format::kPacked24 && image->format != pixel_format::kRgb565 &&
+           image->depth != 16 && rows_addressable(image, kBytesPerPixel);
 }
 
 uint8_t *pixel_at(const xc_image *image, int64_t x, int64_t y) {
@@ -121,7 +123,7 @@ void xc_font_draw(xc_image *image, const xg_area *clip, xc_font *font, int32_t x
     for (int32_t i = 0; i < count && text[i] != 0; ++i) {
         const xc_font_glyph *fg = xc_font_get_glyph(font, text[i]);
         if (!fg) continue;
-        const int64_t gx = int64_t{fbc::pen_pixels(pen)} + fg->bitmap->left;
+        const int64_t gx = fbc::pen_pixels(pen) + fg->bitmap->left;
         // Later glyphs are not looked at, even one whose negative bearing
         // would bring it back inside.
         if (gx >= clip->x2) break;

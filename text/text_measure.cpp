@@ -12,7 +12,7 @@ int32_t line_height(xc_font *font) { return xc_font_get_ascent(font) + xc_font_g
 // Stores a character's box in whichever outputs are non-null.
 void store_box(xc_font *font, const xc_font_glyph *fg, int64_t pen, int32_t *x, int32_t *y,
                int32_t *w, int32_t *h) {
-    if (x) *x = pen_pixels(pen) + fg->bitmap->left;
+    if (x) *x = static_cast<int32_t>(pen_pixels(pen) + fg->bitmap->left);
     if (y) *y = -xc_font_get_ascent(font);
     if (w) *w = static_cast<int32_t>(fg->bitmap->bitmap.width);
     if (h) *h = line_height(font);
@@ -44,7 +44,7 @@ int32_t xc_font_get_descent(xc_font *font) {
 
 int32_t xc_font_query_advance(xc_font *font, const uint16_t *text, int32_t count) {
     xc_font_set_size(font);
-    return fbc::pen_pixels(fbc::advance_sum(font, text, count));
+    return static_cast<int32_t>(fbc::pen_pixels(fbc::advance_sum(font, text, count)));
 }
 
 void xc_font_query_size(xc_font *font, const uint16_t *text, int32_t count, int32_t *width,

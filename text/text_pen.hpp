@@ -13,7 +13,8 @@ inline int64_t glyph_advance(const xc_font_glyph *fg) {
     return static_cast<int64_t>(fg->glyph->advance.x) >> 8;
 }
 
-// Whole pixels of a pen position, rounding towards minus infinity.
-inline int32_t pen_pixels(int64_t pen) { return static_cast<int32_t>(pen >> 8); }
+// Whole pixels of a pen position, rounding towards minus infinity; in 64
+// bits, since a pen may start anywhere in the int32 range and run on.
+inline int64_t pen_pixels(int64_t pen) { return pen >> 8; }
 
 }  // namespace fbc

@@ -6,6 +6,7 @@
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/draw.h"
 #include "fbcompose/loader.h"
+#include "fbcompose/pixel.h"
 #include "fbcompose/transform.h"
 #include "transform/scale_common.hpp"
 
@@ -17,8 +18,7 @@ namespace {
 // pixel block is refused.
 bool read_single_pixel(const xc_image *src, int32_t sx, int32_t sy, uint32_t *pixel) {
     const int64_t offset = (int64_t{sy} * src->width + sx) * 4;
-    const int64_t block = int64_t{src->rowstride} * src->height;
-    if (offset < 0 || offset + 4 > block) return false;
+    if (offset < 0 || offset + 4 > block_bytes(src)) return false;
     std::memcpy(pixel, src->data + offset, 4);
     return true;
 }
@@ -58,9 +58,14 @@ xc_scale_func choose_drawer(int32_t sw, int32_t sh, int32_t dw, int32_t dh, int 
     return smooth ? xc_scale_smooth : xc_scale_sample;
 }
 
-// dst_area edge moved by the clipped source pixels: (pixels x factor) >> 16.
-int32_t scaled(int64_t pixels, int64_t factor) {
-    return static_cast<int32_t>((pixels * factor) >> 16);
+// (pixels x factor) >> 16, the move of a destination edge for `pixels`
+// source pixels clipped away. A product beyond 64 bits moves the edge past
+// any int32 coordinate; it is reported as such a move.
+int64_t scaled(int64_t pixels, int64_t factor) {
+    constexpr int64_t kFar = int64_t{1} << 40;
+    if (pixels != 0 && (factor > INT64_MAX / pixels || factor < -(INT64_MAX / pixels)))
+        return factor > 0 ? kFar : -kFar;
+    return (pixels * factor) >> 16;
 }
 
 }  // namespace
@@ -68,26 +73,38 @@ int32_t scaled(int64_t pixels, int64_t factor) {
 
 extern "C" {
 
+// Edges are moved in 64 bits. An empty source area (a division by zero)
+// and an edge moved beyond the int32 range leave everything as it was and
+// give 0: the blit passes neither.
 int xc_scale_handle_clip(const xc_image *src, const xc_image * /*dst*/, xg_area *clip,
                          xg_area *src_area, xg_area *dst_area) {
-    const int64_t fx = (int64_t{fbc::width_of(*dst_area)} << 16) / fbc::width_of(*src_area);
-    const int64_t fy = (int64_t{fbc::height_of(*dst_area)} << 16) / fbc::height_of(*src_area);
-    if (src_area->x1 < 0) {
-        dst_area->x1 += fbc::scaled(-int64_t{src_area->x1}, fx);
-        src_area->x1 = 0;
+    const int64_t sw = fbc::wide_width(*src_area), sh = fbc::wide_height(*src_area);
+    if (sw == 0 || sh == 0) return 0;
+    const int64_t fx = (fbc::wide_width(*dst_area) << 16) / sw;
+    const int64_t fy = (fbc::wide_height(*dst_area) << 16) / sh;
+    xg_area s = *src_area;
+    int64_t x1 = dst_area->x1, y1 = dst_area->y1, x2 = dst_area->x2, y2 = dst_area->y2;
+    if (s.x1 < 0) {
+        x1 += fbc::scaled(-int64_t{s.x1}, fx);
+        s.x1 = 0;
     }
-    if (src_area->y1 < 0) {
-        dst_area->y1 += fbc::scaled(-int64_t{src_area->y1}, fy);
-        src_area->y1 = 0;
+    if (s.y1 < 0) {
+        y1 += fbc::scaled(-int64_t{s.y1}, fy);
+        s.y1 = 0;
     }
-    if (src->width < src_area->x2) {
-        dst_area->x2 -= fbc::scaled(int64_t{src_area->x2} - src->width, fx);
-        src_area->x2 = src->width;
+    if (src->width < s.x2) {
+        x2 -= fbc::scaled(int64_t{s.x2} - src->width, fx);
+        s.x2 = src->width;
     }
-    if (src->height < src_area->y2) {
-        dst_area->y2 -= fbc::scaled(int64_t{src_area->y2} - src->height, fy);
-        src_area->y2 = src->height;
+    if (src->height < s.y2) {
+        y2 -= fbc::scaled(int64_t{s.y2} - src->height, fy);
+        s.y2 = src->height;
     }
+    for (const int64_t edge : {x1, y1, x2, y2})
+        if (edge < INT32_MIN || edge > INT32_MAX) return 0;
+    *src_area = s;
+    *dst_area = {static_cast<int32_t>(x1), static_cast<int32_t>(y1), static_cast<int32_t>(x2),
+                 static_cast<int32_t>(y2)};
     xg_area_cross(clip, dst_area);
     return clip->x1 < clip->x2 && clip->y1 < clip->y2;
 }
@@ -106,16 +123,12 @@ void xc_image_blit(xc_image *src, xc_image *dst, const xg_area *clip, int32_t sx
         fbc::blit_single_color(src, dst, clip, sx, sy, dst_area, color);
         return;
     }
-    // Rows must hold the pixels the drawers address, whatever the record says.
-    if (!fbc::rows_hold(src, fbc::pointer_step(src)) || !fbc::rows_hold(dst, fbc::pointer_step(dst)))
-        return;
     if (int64_t{sx} + sw > INT32_MAX || int64_t{sy} + sh > INT32_MAX) return;
     xg_area src_clipped{sx, sy, sx + sw, sy + sh};
     xg_area dst_clipped = dst_area;
-    // A clip reaching past the destination image is held to it.
     xg_area clip_copy = *clip;
-    const xg_area dst_bounds{0, 0, dst->width, dst->height};
-    xg_area_cross(&clip_copy, &dst_bounds);
+    // The drawer's guard holds the clip to the destination image and checks
+    // both images' rows; a source area clipped to nothing draws nothing.
     if (!xc_scale_handle_clip(src, dst, &clip_copy, &src_clipped, &dst_clipped)) return;
     fbc::choose_drawer(sw, sh, dw, dh, smooth)(src, dst, &clip_copy, &src_clipped, &dst_clipped,
                                                color);

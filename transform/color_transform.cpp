@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "core/log.hpp"
 #include "core/pixel_bounds.hpp"
@@ -76,6 +77,24 @@ void transform_general(const uint32_t *src, uint32_t *dst, size_t count, const M
     }
 }
 
+// A private copy with the image's format and rows of the format's own
+// length, copied as one run: refused when that run is longer than the
+// image's pixel block (rows shorter than the format's).
+xc_image *copy_of(const xc_image *image) {
+    xc_image *copy =
+        xc_image_new_with_data(image->width, image->height, nullptr, image->format, 0, 0, 0);
+    const int64_t bytes = block_bytes(copy);
+    if (image->data && copy->data && bytes > 0) {
+        if (bytes > block_bytes(image)) {
+            log_out("xc_image_new_from_color_transformed_image: rows too short to copy\n");
+            xc_image_unref(copy);
+            return nullptr;
+        }
+        std::memcpy(copy->data, image->data, static_cast<size_t>(bytes));
+    }
+    return copy;
+}
+
 }  // namespace
 }  // namespace fbc
 
@@ -85,11 +104,9 @@ xc_image *xc_image_new_from_color_transformed_image(xc_image *image, const float
                                                     const int32_t lower[3],
                                                     const int32_t upper[3]) {
     xc_image_load_data(image);
-    if (!matrix)
-        return xc_image_new_with_data(image->width, image->height, image->data, image->format, 1,
-                                      0, 0);
+    if (!matrix) return fbc::copy_of(image);
     // The pixels are read as one run of width x height 32-bit words.
-    if (!fbc::rows_hold(image, 4)) {
+    if (!fbc::words_addressable(image)) {
         fbc::log_out("xc_image_new_from_color_transformed_image: no 32-bit pixels to read\n");
         return nullptr;
     }

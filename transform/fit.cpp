@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "core/log.hpp"
+#include "core/size_check.hpp"
 #include "fbcompose/draw.h"
 #include "fbcompose/transform.h"
 
@@ -84,11 +85,21 @@ xc_image *xc_image_fit_size(xc_image *src, int32_t width, int32_t height, const 
                     src ? src->width : 0, src ? src->height : 0);
         return nullptr;
     }
+    if (!fbc::made_size_fits(width, height)) {
+        fbc::log_out("xc_image_fit_size: refused size %d x %d: more than %lld pixels\n", width,
+                     height, static_cast<long long>(fbc::kMaxMadePixels));
+        return nullptr;
+    }
     xc_image *result = xc_image_create(width, height);
+    if (!result->data) {
+        fbc::log_out("xc_image_fit_size: no memory for %d x %d\n", width, height);
+        xc_image_unref(result);
+        return nullptr;
+    }
     result->has_alpha = 0;
     result->no_cache = 1;
     const fbc::Plan p = fbc::plan(fbc::mode_of(mode), src->width, src->height, width, height);
-    if (p.zero_first && result->data)
+    if (p.zero_first)
         std::memset(result->data, 0, static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
     fbc::log_out("%s: src: x = %d y = %d w = %d h = %d dst: x = %d y = %d w = %d h = %d\n",
                 "xc_image_fit_size", p.src.x, p.src.y, p.src.w, p.src.h, p.dst.x, p.dst.y,

@@ -17,11 +17,15 @@ namespace {
 // Beyond this, 16.16 positions inside the bounding box could overflow.
 constexpr int32_t kMaxSide = 16383;
 
-// A result with the source's pixel format and flags.
+// A result with the source's pixel format and flags, whose rows hold its
+// pixels at the source's pointer step: a three-byte source (format 2) is
+// turned as the 32-bit words it is addressed as, so its result has rows of
+// 4 bytes a pixel too.
 xc_image *same_kind(const xc_image *src, int32_t width, int32_t height) {
     xc_image *result = src->depth == 16
                            ? xc_image_new_from_data(width, height, nullptr, 16, 0, 0)
-                           : xc_image_new_with_data(width, height, nullptr, src->format, 0, 0, 0);
+                           : xc_image_new_with_data(width, height, nullptr, src->format, 0, 0,
+                                                    width * 4);
     result->depth = src->depth;
     result->has_alpha = src->has_alpha;
     return result;
@@ -108,7 +112,7 @@ extern "C" {
 
 xc_image *xc_image_new_from_rotated_image(xc_image *image, int32_t degrees) {
     if (image && !image->data && image->loader) xc_image_load_data(image);
-    if (!image || !fbc::rows_hold(image, fbc::pointer_step(image)) || image->width < 1 ||
+    if (!image || !fbc::rows_addressable(image, fbc::pointer_step(image)) || image->width < 1 ||
         image->height < 1 || image->width > fbc::kMaxSide || image->height > fbc::kMaxSide) {
         fbc::log_out("xc_image_new_from_rotated_image: no pixels to turn, or too large\n");
         return nullptr;

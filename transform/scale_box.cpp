@@ -6,6 +6,7 @@
 
 #include "core/log.hpp"
 #include "core/pixel_bounds.hpp"
+#include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "fbcompose/transform.h"
 #include "transform/scale_common.hpp"
@@ -16,7 +17,8 @@ namespace {
 
 bool usable(xc_image *src, const char *caller) {
     if (src && !src->data && src->loader) xc_image_load_data(src);
-    if (src && rows_hold(src, pointer_step(src)) && src->width > 0 && src->height > 0) return true;
+    if (src && rows_addressable(src, pointer_step(src)) && src->width > 0 && src->height > 0)
+        return true;
     fbc::log_out("%s: no pixels to scale\n", caller);
     return false;
 }
@@ -50,7 +52,7 @@ xc_image *reduce(xc_image *src, int32_t factor, const char *caller) {
 uint32_t box_average(const uint32_t *src, int32_t step, const Tap &tap) {
     uint32_t sum[4] = {0, 0, 0, 0};
     for (int32_t k = 0; k < tap.count; ++k) {
-        const uint32_t p = src[static_cast<intptr_t>(tap.first + k) * step];
+        const uint32_t p = src[static_cast<intptr_t>(int64_t{tap.first + k} * step)];
         for (int ch = 0; ch < 4; ++ch) sum[ch] += (p >> (8 * ch)) & 0xFF;
     }
     const Divider divide(static_cast<uint32_t>(tap.count));
@@ -78,15 +80,27 @@ xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width, int32_t height)
         fbc::log_out("xc_image_scale_down_xy_2: bad size %d x %d\n", width, height);
         return nullptr;
     }
+    if (!fbc::made_size_fits(width, height)) {
+        fbc::log_out("xc_image_scale_down_xy_2: refused size %d x %d\n", width, height);
+        return nullptr;
+    }
     xc_image *current = xc_image_ref(src);
-    while (current->width >= 2 * width && current->height >= 2 * height) {
+    // Each pass halves the image, so the loop ends whatever the target.
+    while (current->data && current->width >= 2 * int64_t{width} &&
+           current->height >= 2 * int64_t{height}) {
         xc_image *half = fbc::scaled_into(current, current->width / 2, current->height / 2,
                                           xc_image_scale_down_xy);
         xc_image_unref(current);
         current = half;
     }
-    xc_image *result = fbc::scaled_into(current, width, height, xc_scale_smooth);
+    xc_image *result = current->data ? fbc::scaled_into(current, width, height, xc_scale_smooth)
+                                     : nullptr;
     xc_image_unref(current);
+    if (!result || !result->data) {
+        fbc::log_out("xc_image_scale_down_xy_2: no memory for %d x %d\n", width, height);
+        xc_image_unref(result);
+        return nullptr;
+    }
     return result;
 }
 
@@ -94,14 +108,19 @@ void xc_image_scale_1d(const uint32_t *src, int32_t src_count, int32_t src_step,
                        int32_t dst_count, int32_t dst_step) {
     if (src_count < 1 || dst_count < 1) return;
     const fbc::Filter filter = dst_count < src_count / 2 ? fbc::Filter::box : fbc::Filter::linear;
-    const auto taps = fbc::make_taps(filter, src_count, dst_count, 0, dst_count);
-    for (int32_t i = 0; i < dst_count; ++i) {
-        const fbc::Tap &t = taps[static_cast<size_t>(i)];
-        const uint32_t *p = src + static_cast<intptr_t>(t.first) * src_step;
-        dst[static_cast<intptr_t>(i) * dst_step] =
-            filter == fbc::Filter::box
-                ? fbc::box_average(src, src_step, t)
-                : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
+    // Taps a block at a time: the memory stays small whatever the counts.
+    constexpr int32_t kBlock = 1024;
+    for (int32_t first = 0, end = 0; first < dst_count; first = end) {
+        end = first + std::min(kBlock, dst_count - first);
+        const auto taps = fbc::make_taps(filter, src_count, dst_count, first, end);
+        for (int32_t i = first; i < end; ++i) {
+            const fbc::Tap &t = taps[static_cast<size_t>(i - first)];
+            const uint32_t *p = src + static_cast<intptr_t>(int64_t{t.first} * src_step);
+            dst[static_cast<intptr_t>(int64_t{i} * dst_step)] =
+                filter == fbc::Filter::box
+                    ? fbc::box_average(src, src_step, t)
+                    : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
+        }
     }
 }
 

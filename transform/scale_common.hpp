@@ -1,22 +1,14 @@
-// What the scanline drawers share: the span function they draw rows with,
-// the 16.16 interpolation of colour words, and 32-bit source addressing.
+// What the scanline drawers share: the 16.16 interpolation of colour words
+// and 32-bit source addressing.
 #pragma once
 
 #include <cstdint>
 
 #include "fbcompose/image.h"
-#include "fbcompose/pixel.h"
 
 namespace fbc {
 
 inline constexpr uint32_t kNoModulation = 0xFFFFFFFFu;
-
-// Plain drawing without modulation, the modulating kind otherwise; the
-// colour is passed to every call either way.
-inline xc_draw_func row_function(const xc_image *src, const xc_image *dst, uint32_t color) {
-    return color == kNoModulation ? xc_get_draw_func(src, dst)
-                                  : xc_get_mul_draw_func(src, dst, color);
-}
 
 // One byte between two pixels: (next x f + cur x (65536 - f)) >> 16.
 inline uint32_t lerp_byte(uint32_t cur, uint32_t next, uint32_t f, int shift) {
@@ -44,7 +36,12 @@ inline const uint32_t *word_at(const xc_image *image, int32_t x, int32_t y) {
            (static_cast<intptr_t>(y) * image->width + x);
 }
 
+// Sizes of areas whose corners the drawer guard or the blit has checked.
 inline int32_t width_of(const xg_area &a) { return a.x2 - a.x1; }
 inline int32_t height_of(const xg_area &a) { return a.y2 - a.y1; }
+
+// Sizes of any caller's area, in 64 bits.
+inline int64_t wide_width(const xg_area &a) { return int64_t{a.x2} - a.x1; }
+inline int64_t wide_height(const xg_area &a) { return int64_t{a.y2} - a.y1; }
 
 }  // namespace fbc

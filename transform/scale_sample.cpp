@@ -5,6 +5,7 @@
 
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/transform.h"
+#include "transform/drawer_guard.hpp"
 #include "transform/scale_common.hpp"
 
 namespace fbc {
@@ -23,16 +24,60 @@ std::unique_ptr<int32_t[]> column_map(const xg_area &clip, const xg_area &s, con
     return map;
 }
 
-// Source row of destination row y, relative to s.y1: size over size, unlike
-// the columns' (size - 1) over (size - 1); compat: the asymmetry is kept.
+// Source row of destination row y: size over size, unlike the columns'
+// (size - 1) over (size - 1); compat: the asymmetry is kept.
 int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
-    return static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
+    return s.y1 + static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
 }
 
 template <typename Pixel>
 void gather(const uint8_t *row, const int32_t *map, int32_t n, Pixel *out) {
     const auto *pixels = reinterpret_cast<const Pixel *>(row);
     for (int32_t i = 0; i < n; ++i) out[i] = pixels[map[i]];
+}
+
+// Nearest-pixel rows, the source's and the destination's addressed as
+// `kind` says; sources of depth below 17 are gathered as 16-bit pixels
+// when `halfwords`.
+void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_area &d,
+            DrawerKind kind, bool halfwords) {
+    const xc_image *from = guard.source();
+    const xg_area &c = guard.clip();
+    const int32_t n = width_of(c);
+    const auto map = column_map(c, s, d);
+    const auto row = std::make_unique<uint32_t[]>(static_cast<size_t>(n));
+    // compat: rows of words start at the first source row as
+    // xc_image_pointer places it (through rowstride), `width` words apart.
+    const auto *first_words = kind.src_rows == Rows::words
+                                  ? static_cast<const uint8_t *>(xc_image_pointer(from, 0, s.y1))
+                                  : nullptr;
+    for (int32_t y = c.y1; y < c.y2; ++y) {
+        const int32_t sy = source_row(y, s, d);
+        const uint8_t *line = first_words ? first_words + int64_t{sy - s.y1} * from->width * 4
+                                          : row_pixel(from, kind.src_rows, 0, sy);
+        if (halfwords && from->depth < 17)
+            gather(line, map.get(), n, reinterpret_cast<uint16_t *>(row.get()));
+        else
+            gather(line, map.get(), n, row.get());
+        guard.out().draw(row.get(), nullptr, row_pixel(dst, kind.dst_rows, c.x1, y), n);
+    }
+}
+
+// Equal sizes with the source in the destination's own block: a source
+// below its destination is read top down, one above it bottom up, and a
+// row that overlaps itself goes through scratch, so that every pixel is
+// read before it is overwritten.
+void copy_in_place(const RowWriter &out, const xc_image *image, const uint8_t *s, uint8_t *d,
+                   int32_t rows, int32_t n) {
+    const bool bottom_up = s < d;
+    const int32_t bytes = n * pointer_step(image);
+    for (int32_t i = 0; i < rows; ++i) {
+        const intptr_t r = (bottom_up ? rows - 1 - i : i) * static_cast<intptr_t>(image->rowstride);
+        if (s + r < d + r + bytes && d + r < s + r + bytes)
+            out.draw_overlapping(s + r, d + r, n);
+        else
+            out.draw(s + r, image, d + r, n);
+    }
 }
 
 }  // namespace
@@ -42,58 +87,55 @@ extern "C" {
 
 void xc_scale_noscale(const xc_image *src, xc_image *dst, const xg_area *clip,
                       const xg_area *src_area, const xg_area *dst_area, uint32_t color) {
-    const xc_draw_func draw = fbc::row_function(src, dst, color);
-    auto *d = static_cast<uint8_t *>(xc_image_pointer(dst, clip->x1, clip->y1));
-    const auto *s = static_cast<const uint8_t *>(
-        xc_image_pointer(src, clip->x1 - dst_area->x1 + src_area->x1,
-                         clip->y1 - dst_area->y1 + src_area->y1));
-    const int32_t rows = fbc::height_of(*clip);
+    fbc::DrawerGuard guard(src, dst, clip, src_area, dst_area, color,
+                           {.reads_dst_size = true, .orders_shared_rows = true});
+    if (!guard) return;
+    const fbc::RowWriter &out = guard.out();
+    // Rows are ordered in place only on the image itself with the span
+    // function's pixels its own; anything else reads a copy.
+    const bool in_place = guard.shares_pixels() && src == dst && out.pixels_match(src);
+    if (guard.shares_pixels() && !in_place && !guard.copy_source()) return;
+    const xc_image *from = guard.source();
+    const xg_area &c = guard.clip();
+    auto *d = static_cast<uint8_t *>(xc_image_pointer(dst, c.x1, c.y1));
+    const auto *s = static_cast<const uint8_t *>(xc_image_pointer(
+        from, c.x1 - dst_area->x1 + src_area->x1, c.y1 - dst_area->y1 + src_area->y1));
+    const int32_t rows = fbc::height_of(c), n = fbc::width_of(c);
     // Full rows between like images are one run: the test is against the
     // source's width, not the destination's.
-    if (clip->x1 == 0 && clip->x2 == src->width && src->depth == dst->depth &&
-        src->rowstride == dst->rowstride) {
-        draw(s, d, rows * clip->x2, color);
+    if (c.x1 == 0 && c.x2 == from->width && from->depth == dst->depth &&
+        from->rowstride == dst->rowstride) {
+        const int64_t count = int64_t{rows} * c.x2;
+        if (in_place)
+            out.draw_overlapping(s, d, count);
+        else
+            out.draw(s, from, d, count);
         return;
     }
-    for (int32_t y = 0; y < rows; ++y, s += src->rowstride, d += dst->rowstride)
-        draw(s, d, fbc::width_of(*clip), color);
+    if (in_place) {
+        fbc::copy_in_place(out, from, s, d, rows, n);
+        return;
+    }
+    for (int32_t y = 0; y < rows; ++y, s += from->rowstride, d += dst->rowstride)
+        out.draw(s, from, d, n);
 }
 
 void xc_scale_sample(const xc_image *src, xc_image *dst, const xg_area *clip,
                      const xg_area *src_area, const xg_area *dst_area, uint32_t color) {
-    const xc_draw_func draw = fbc::row_function(src, dst, color);
-    const int32_t n = fbc::width_of(*clip);
-    const auto map = fbc::column_map(*clip, *src_area, *dst_area);
-    const auto row = std::make_unique<uint32_t[]>(static_cast<size_t>(n));
-    const auto *first = static_cast<const uint8_t *>(xc_image_pointer(src, 0, src_area->y1));
-    for (int32_t y = clip->y1; y < clip->y2; ++y) {
-        const uint8_t *line =
-            first + static_cast<intptr_t>(fbc::source_row(y, *src_area, *dst_area)) * src->rowstride;
-        if (src->depth < 17)
-            fbc::gather(line, map.get(), n, reinterpret_cast<uint16_t *>(row.get()));
-        else
-            fbc::gather(line, map.get(), n, row.get());
-        draw(row.get(), xc_image_pointer(dst, clip->x1, y), n, color);
-    }
+    const fbc::DrawerGuard guard(src, dst, clip, src_area, dst_area, color);
+    if (guard) fbc::sample(guard, dst, *src_area, *dst_area, {}, true);
 }
 
 void xc_scale_sample_rgb16_to_rgb16(const xc_image *src, xc_image *dst, const xg_area *clip,
                                     const xg_area *src_area, const xg_area *dst_area,
                                     uint32_t color) {
     // compat: despite the name it moves 32-bit words, with rows of `width`
-    // words below the first source row (which xc_image_pointer places).
-    if (!fbc::rows_hold(src, 4) || !fbc::rows_hold(dst, 4)) return;
-    const xc_draw_func draw = fbc::row_function(src, dst, color);
-    const int32_t n = fbc::width_of(*clip);
-    const auto map = fbc::column_map(*clip, *src_area, *dst_area);
-    const auto row = std::make_unique<uint32_t[]>(static_cast<size_t>(n));
-    const auto *first = static_cast<const uint8_t *>(xc_image_pointer(src, 0, src_area->y1));
-    const intptr_t pitch = intptr_t{src->width} * 4;
-    for (int32_t y = clip->y1; y < clip->y2; ++y) {
-        fbc::gather(first + fbc::source_row(y, *src_area, *dst_area) * pitch, map.get(), n,
-                    row.get());
-        draw(row.get(), const_cast<uint32_t *>(fbc::word_at(dst, clip->x1, y)), n, color);
-    }
+    // words below the first source row; that row is placed through
+    // rowstride, so only a pitch of whole words keeps the reads aligned.
+    if (src && src->rowstride % 4 != 0) return;
+    constexpr fbc::DrawerKind kWords{.src_rows = fbc::Rows::words, .dst_rows = fbc::Rows::words};
+    const fbc::DrawerGuard guard(src, dst, clip, src_area, dst_area, color, kWords);
+    if (guard) fbc::sample(guard, dst, *src_area, *dst_area, kWords, false);
 }
 
 }  // extern "C"

@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "core/pixel_bounds.hpp"
-#include "fbcompose/pixel.h"
+#include "transform/row_writer.hpp"
 #include "transform/scale_common.hpp"
 
 namespace fbc {
@@ -107,11 +106,6 @@ uint32_t linear_pixel(const uint32_t *columns, const Tap &tap) {
     return out;
 }
 
-bool within(const xg_area &inner, const xg_area &outer) {
-    return inner.x1 >= outer.x1 && inner.y1 >= outer.y1 && inner.x2 <= outer.x2 &&
-           inner.y2 <= outer.y2 && inner.x1 < inner.x2 && inner.y1 < inner.y2;
-}
-
 uint32_t max_count(const std::vector<Tap> &taps) {
     int32_t m = 1;
     for (const Tap &t : taps) m = std::max(m, t.count);
@@ -132,14 +126,10 @@ std::vector<Tap> make_taps(Filter filter, int32_t src_size, int32_t dst_size, in
     return taps;
 }
 
-void smooth_scale(const xc_image *src, xc_image *dst, const xg_area &clip,
-                  const xg_area &src_area, const xg_area &dst_area, uint32_t color, Filter fx,
-                  Filter fy) {
-    const xg_area src_bounds{0, 0, src->width, src->height};
-    const xg_area dst_bounds{0, 0, dst->width, dst->height};
-    if (!rows_hold(src, pointer_step(src)) || !rows_hold(dst, pointer_step(dst)) ||
-        !within(src_area, src_bounds) || !within(clip, dst_area) || !within(clip, dst_bounds))
-        return;
+void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_area,
+                  const xg_area &dst_area, uint32_t color, Filter fx, Filter fy) {
+    const xc_image *src = guard.source();
+    const xg_area &clip = guard.clip();
     auto columns = make_taps(fx, width_of(src_area), width_of(dst_area), clip.x1 - dst_area.x1,
                              clip.x2 - dst_area.x1);
     const auto rows = make_taps(fy, height_of(src_area), height_of(dst_area),
@@ -158,7 +148,8 @@ void smooth_scale(const xc_image *src, xc_image *dst, const xg_area &clip,
         as_words.depth = 24;
         as_words.has_alpha = 0;
     }
-    const xc_draw_func draw = row_function(&as_words, dst, color);
+    const RowWriter writer(&as_words, dst, color);
+    if (!writer) return;
     std::vector<uint32_t> out(columns.size());
     for (int32_t y = clip.y1; y < clip.y2; ++y) {
         const Tap &rt = rows[static_cast<size_t>(y - clip.y1)];
@@ -170,7 +161,7 @@ void smooth_scale(const xc_image *src, xc_image *dst, const xg_area &clip,
         for (size_t i = 0; i < columns.size(); ++i)
             out[i] = fx == Filter::box ? box_pixel(job.columns.data(), columns[i], n)
                                        : linear_pixel(job.columns.data(), columns[i]);
-        draw(out.data(), xc_image_pointer(dst, clip.x1, y), width_of(clip), color);
+        writer.draw(out.data(), nullptr, xc_image_pointer(dst, clip.x1, y), width_of(clip));
     }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "fbcompose/image.h"
+#include "transform/drawer_guard.hpp"
 
 namespace fbc {
 
@@ -43,12 +44,10 @@ private:
     uint64_t reciprocal_;
 };
 
-// Draws the rows and columns of clip, one span call per row, filtering
-// horizontally with `fx` and vertically with `fy`. Does nothing unless the
-// source area lies inside the source and the clip inside the destination
-// area and image.
-void smooth_scale(const xc_image *src, xc_image *dst, const xg_area &clip,
-                  const xg_area &src_area, const xg_area &dst_area, uint32_t color, Filter fx,
-                  Filter fy);
+// Draws the rows and columns of the guard's clip, one span call per row,
+// filtering horizontally with `fx` and vertically with `fy`; the guard has
+// let the drawing through.
+void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_area,
+                  const xg_area &dst_area, uint32_t color, Filter fx, Filter fy);
 
 }  // namespace fbc

@@ -33,8 +33,8 @@ typedef struct {
     int32_t *tiles;
 } xc_dm;
 
-/* A negative or absurd screen size gives a manager with no tiles, to which
- * every area lies outside (with a message). xc_dm_free accepts NULL. */
+/* A size whose grid cannot be held (negative, too many tiles, or bands
+ * reaching past INT32_MAX) gives an empty screen, with a diagnostic. */
 FBC_API xc_dm *xc_dm_new(int32_t width, int32_t height);
 FBC_API void xc_dm_free(xc_dm *dm);
 FBC_API void xc_dm_reset(xc_dm *dm);

@@ -3,7 +3,11 @@
  * Every scanline drawer has the xc_scale_func signature: it draws the rows
  * and columns of `clip` (destination coordinates, already inside dst_area),
  * reading the source through src_area, one span call per row. A colour of
- * 0xFFFFFFFF means no modulation. */
+ * 0xFFFFFFFF means no modulation. A drawer draws nothing when the clip is
+ * not inside dst_area, src_area is empty or not inside the source, or an
+ * image's rows do not hold its pixels; a clip reaching past the destination
+ * image is held to it. Drawing an image onto itself (or onto an image
+ * sharing its pixels) gives what copying the source first would. */
 #ifndef FBCOMPOSE_TRANSFORM_H
 #define FBCOMPOSE_TRANSFORM_H
 
@@ -19,13 +23,17 @@ typedef void (*xc_scale_func)(const xc_image *src, xc_image *dst,
                               const xg_area *dst_area, uint32_t color);
 
 /* Draws source rectangle (sx, sy, sw, sh) into destination rectangle
- * (dx, dy, dw, dh), limited to clip, optionally smoothed and modulated. */
+ * (dx, dy, dw, dh), limited to clip, optionally smoothed and modulated.
+ * Draws nothing when a rectangle's end lies beyond the int32 range. src may
+ * be dst: the result is that of copying the source first. */
 FBC_API void xc_image_blit(xc_image *src, xc_image *dst, const xg_area *clip,
                            int32_t sx, int32_t sy, int32_t sw, int32_t sh,
                            int32_t dx, int32_t dy, int32_t dw, int32_t dh,
                            int smooth, uint32_t color);
 /* Clips the areas against the source and the clip against the destination
- * area, in place; 1 when something remains to draw. */
+ * area, in place; 1 when something remains to draw. 0, with nothing
+ * changed, for an empty source area or when a destination edge would move
+ * beyond the int32 range. */
 FBC_API int xc_scale_handle_clip(const xc_image *src, const xc_image *dst,
                                  xg_area *clip, xg_area *src_area,
                                  xg_area *dst_area);
@@ -69,11 +77,13 @@ FBC_API void xc_image_scale_down_xy(const xc_image *src, xc_image *dst,
 
 /* mode: "crop" (or NULL, or any unknown word), "matte", "matte-both",
  * "distort". Returns a new opaque image of width x height, or NULL with a
- * diagnostic for a missing source or a size below 1 either way. */
+ * diagnostic when a size is not positive, the result would hold more than
+ * 64 megapixels, or its pixels cannot be allocated. */
 FBC_API xc_image *xc_image_fit_size(xc_image *src, int32_t width,
                                     int32_t height, const char *mode);
 /* matrix: 4 x 4 row-major; rows 0-2 weigh red, green, blue, row 3 holds the
- * biases; columns 0-2 produce red, green, blue. NULL copies the image. */
+ * biases; columns 0-2 produce red, green, blue. NULL copies the image.
+ * NULL with a diagnostic when the pixels to read are not there. */
 FBC_API xc_image *xc_image_new_from_color_transformed_image(
     xc_image *image, const float matrix[16], const int32_t lower[3],
     const int32_t upper[3]);
@@ -92,7 +102,8 @@ FBC_API xc_image *xc_image_scale_down_4x(xc_image *src);
 /* To width x height in stages: halves by 2 x 2 blocks while the image is at
  * least twice the target both ways, then one smoothing pass (box average in
  * a direction that still shrinks below half, linear interpolation
- * otherwise). */
+ * otherwise). NULL with a diagnostic, too, for a target of more than 64
+ * megapixels or whose pixels cannot be allocated. */
 FBC_API xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width,
                                            int32_t height);
 

@@ -53,14 +53,17 @@ TEST(DamageAddArea, CountsTheBlockAfterClippingEachTimeAndReportsItUnclipped) {
 }
 
 TEST(DamageNew, AbsurdSizeGivesAnEmptyScreen) {
-    testing::internal::CaptureStderr();
-    xc_dm *dm = xc_dm_new(INT32_MAX, INT32_MAX);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("xc_dm_new"), std::string::npos);
-    const xg_rect r{0, 0, 100, 100};
-    EXPECT_EQ(xc_dm_add_area(dm, &r), 0);
-    xc_dm_reset(dm);
-    EXPECT_EQ(xc_dm_get_rects(dm), nullptr);
-    xc_dm_free(dm);
+    // Too many tiles, or bands whose width would pass INT32_MAX.
+    for (const auto &[w, h] : {std::pair{INT32_MAX, INT32_MAX}, {INT32_MAX - 14, 16}}) {
+        testing::internal::CaptureStderr();
+        xc_dm *dm = xc_dm_new(w, h);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("xc_dm_new"), std::string::npos);
+        const xg_rect r{0, 0, 100, 100};
+        EXPECT_EQ(xc_dm_add_area(dm, &r), 0);
+        xc_dm_reset(dm);
+        EXPECT_EQ(xc_dm_get_rects(dm), nullptr);
+        xc_dm_free(dm);
+    }
 }
 
 // `grid` is rows of '#' (damaged) and '.' tiles separated by spaces, marked

@@ -154,6 +154,16 @@ TEST_F(Draw, ImagesOrTexturesWithoutThirtyTwoBitPixelsAreLeftAlone) {
     xc_image *empty = xc_image_new();
     EXPECT_EQ(library({.paint = {0, empty, 0, 0}}), blank());
     xc_image_unref(empty);
+    // Rows shorter than their pixels (4 bytes for 16 pixels), or pitched
+    // off a word boundary, as an image or as a texture.
+    std::vector<uint32_t> words(16 * 16 + 1, 0);
+    for (const int32_t pitch : {4, 66}) {
+        xc_image *odd = xc_image_new_with_data(16, 15, words.data(), 0, 0, 1, pitch);
+        xc_font_draw(odd, &kWhole, font, 0, 12, terminated({'M'}).data(), -1, kWhite);
+        EXPECT_EQ(library({.paint = {0, odd, 0, 0}}), blank());
+        xc_image_unref(odd);
+    }
+    EXPECT_EQ(words, std::vector<uint32_t>(16 * 16 + 1, 0));
 }
 
 }  // namespace

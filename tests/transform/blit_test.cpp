@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <string>
+
 #include "drawn.hpp"
 #include "fbcompose/draw.h"
 
@@ -200,6 +203,163 @@ TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
         EXPECT_EQ(got, drawn(c.want, src.get(), s, c.dw, c.dh)) << c.dw << "x" << c.dh;
         EXPECT_TRUE(!c.differs_from || got != drawn(c.differs_from, src.get(), s, c.dw, c.dh));
     }
+}
+
+struct Rect { int32_t sx, sy, sw, sh, dx, dy, dw, dh; };
+
+Words blit(const xc_image *src, const Rect &r, int smooth, int32_t w = 20, int32_t h = 20) {
+    const Image dst = canvas(w, h, 0u);
+    const xg_area clip{0, 0, w, h};
+    xc_image_blit(const_cast<xc_image *>(src), dst.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy,
+                  r.dw, r.dh, smooth, kWhite);
+    return all(dst.get());
+}
+
+TEST(Blit, SourceAreasClippedToNothingOrEndsPastInt32DrawNothing) {
+    const Image src = canvas(10, 10, 0xFF555555u), flat{xc_image_create(10, 0)};
+    const Rect cases[] = {
+        // Starting at the right edge, sampled and smoothed; one pixel wide
+        // just below; one pixel high just right.
+        {10, 0, 3, 10, 0, 0, 7, 10}, {0, 10, 1, 3, 0, 0, 4, 7}, {10, 0, 3, 1, 0, 0, 7, 4},
+        // Overhangs whose scaled length overflows 64 bits, or whose end does
+        // not fit.
+        {INT32_MIN, 0, 2, 2, 0, 0, INT32_MAX, 5}, {0, INT32_MIN, 2, 3, 0, 0, 5, INT32_MAX},
+        {INT32_MAX - 1, 0, 5, 5, 0, 0, 9, 9}, {0, 0, 5, 5, 10, 0, INT32_MAX, 5},
+    };
+    for (const Rect &r : cases)
+        for (int smooth : {0, 1}) EXPECT_EQ(blit(src.get(), r, smooth), Words(400, 0u)) << r.sx;
+    // A source of height 0 has a block of 0 bytes.
+    EXPECT_EQ(blit(flat.get(), {0, 0, 3, 3, 0, 0, 7, 7}, 0), Words(400, 0u));
+}
+
+TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
+    const Image src =
+        painted(10, 10, [](int x, int y) { return 0xFF000000u | uint32_t(y * 10 + x) * 997u; });
+    // Exact factors of 1 and 2 clip these down to the small rectangles.
+    constexpr int32_t M = INT32_MAX - 20, H = (1 << 30) - 20;
+    const struct { Rect big, small; } cases[] = {
+        {{-M, -M, M + 10, M + 10, -M, -M, M + 10, M + 10}, {0, 0, 10, 10, 0, 0, 10, 10}},
+        {{-H, -H, H + 10, H + 10, -2 * H, -2 * H, 2 * H + 20, 2 * H + 20},
+         {0, 0, 10, 10, 0, 0, 20, 20}},
+        {{0, 0, H, H, 0, 0, 2 * H, 2 * H}, {0, 0, 10, 10, 0, 0, 20, 20}},
+        {{3, -H, 1, H + 10, 0, -2 * H, 4, 2 * H + 20}, {3, 0, 1, 10, 0, 0, 4, 20}},
+        {{-H, 3, H + 10, 1, -2 * H, 0, 2 * H + 20, 4}, {0, 3, 10, 1, 0, 0, 20, 4}},
+    };
+    for (const auto &c : cases)
+        for (int smooth : {0, 1}) {
+            const Words want = blit(src.get(), c.small, smooth);
+            EXPECT_NE(want, Words(400, 0u));
+            EXPECT_EQ(blit(src.get(), c.big, smooth), want) << c.big.sx << " smooth " << smooth;
+        }
+}
+
+std::vector<uint8_t> block(const xc_image *image) {
+    return {image->data, image->data + image->rowstride * image->height};
+}
+
+TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
+    enum Kind { opaque, alpha, rgb16 };
+    struct Case { Rect r; int smooth; uint32_t colour; Kind kind; };
+    const Case cases[] = {
+        // Scrolling up and down by whole rows (one run, longer than the
+        // scratch words), left and right within rows; overlapping
+        // diagonally; a part of each row; the whole image onto itself.
+        {{0, 3, 40, 27, 0, 0, 40, 27}, 0, kWhite, opaque},
+        {{0, 0, 40, 27, 0, 1, 40, 27}, 0, kWhite, opaque},
+        {{3, 0, 37, 30, 0, 0, 37, 30}, 0, kWhite, opaque},
+        {{0, 0, 37, 30, 3, 0, 37, 30}, 0, kWhite, opaque},
+        {{1, 1, 30, 20, 3, 2, 30, 20}, 0, kWhite, alpha},
+        {{2, 9, 26, 16, 2, 1, 26, 16}, 0, kWhite, opaque},
+        {{0, 0, 40, 30, 0, 0, 40, 30}, 0, 0x80FF8040, alpha},
+        {{0, 0, 40, 24, 0, 6, 40, 24}, 0, kWhite, rgb16},
+        {{1, 0, 39, 30, 0, 0, 39, 30}, 0, kWhite, rgb16},
+        // A 16-bit image through a 32-bit span function is read from a copy.
+        {{0, 0, 30, 20, 2, 1, 30, 20}, 0, 0xC0FFFFFF, rgb16},
+        // Scaled, by every drawer.
+        {{0, 0, 20, 20, 2, 2, 33, 27}, 0, kWhite, opaque},
+        {{0, 0, 40, 30, 1, 1, 16, 12}, 1, kWhite, alpha},
+        {{2, 2, 30, 20, 0, 0, 40, 29}, 1, kWhite, opaque},
+        {{4, 0, 1, 30, 0, 0, 40, 30}, 0, kWhite, opaque},
+        {{0, 4, 40, 1, 0, 0, 40, 30}, 0, kWhite, opaque},
+    };
+    auto make = [](Kind kind) {
+        const int32_t depth = kind == alpha ? 32 : kind == rgb16 ? 16 : 24;
+        Image image{xc_image_new_from_data(40, 30, nullptr, depth, 1, 0)};
+        for (int32_t i = 0; i < image->rowstride * 30; ++i)
+            image->data[i] = uint8_t(i * 37 + (i >> 4));
+        return image;
+    };
+    for (const Case &c : cases) {
+        const Image self = make(c.kind), target = make(c.kind), source = make(c.kind);
+        const xg_area clip{0, 0, 40, 30};
+        const Rect &r = c.r;
+        xc_image_blit(self.get(), self.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw, r.dh,
+                      c.smooth, c.colour);
+        xc_image_blit(source.get(), target.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw,
+                      r.dh, c.smooth, c.colour);
+        EXPECT_EQ(block(self.get()), block(target.get()))
+            << r.sx << "," << r.sy << " to " << r.dx << "," << r.dy;
+    }
+}
+
+const xc_scale_func kEveryDrawer[] = {
+    xc_scale_noscale, xc_scale_sample, xc_scale_sample_rgb16_to_rgb16, xc_scale_h,
+    xc_scale_v, xc_scale_smooth, xc_scale_linear, xc_image_scale_down_x,
+    xc_image_scale_down_y, xc_image_scale_down_xy};
+
+TEST(Drawers, InconsistentAreasDrawNothingAndAClipPastTheImageIsHeld) {
+    const Image src =
+        painted(8, 8, [](int x, int y) { return 0xFF000000u | uint32_t(y << 8 | x); });
+    const struct { xg_area clip, s, d; } nothing[] = {
+        {{0, 0, 8, 8}, {0, 0, 8, 8}, {0, 0, 4, 4}},  // clip outside the destination area
+        {{0, 0, 8, 8}, {2, 2, 10, 10}, {0, 0, 8, 8}}, {{0, 0, 8, 8}, {-1, 0, 7, 8}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {3, 3, 3, 8}, {0, 0, 8, 8}},   {{0, 0, 8, 8}, {3, 3, 8, 2}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {0, 0, 8, 8}, {INT32_MIN, 0, INT32_MAX, 8}},
+        {{9, 9, 20, 20}, {0, 0, 8, 8}, {0, 0, 20, 20}},  // clip off the image
+    };
+    const xg_area whole{0, 0, 6, 6}, beyond{-2, -2, 6, 6};
+    for (const xc_scale_func &fn : kEveryDrawer) {
+        for (const auto &c : nothing) {
+            const Image dst = canvas(8, 8, 7u);
+            fn(src.get(), dst.get(), &c.clip, &c.s, &c.d, kWhite);
+            EXPECT_EQ(all(dst.get()), Words(64, 7u)) << &fn - kEveryDrawer << ": " << c.s.x1;
+        }
+        // A clip reaching past the image draws what lies on it.
+        const Image held = canvas(8, 8, 7u), want = canvas(8, 8, 7u);
+        const xg_area s{0, 0, 8, 8}, d = beyond;
+        fn(src.get(), held.get(), &beyond, &s, &d, kWhite);
+        fn(src.get(), want.get(), &whole, &s, &d, kWhite);
+        EXPECT_EQ(all(held.get()), all(want.get())) << &fn - kEveryDrawer;
+        EXPECT_NE(all(want.get()), Words(64, 7u)) << &fn - kEveryDrawer;
+    }
+}
+
+TEST(Blit, SpanFunctionsThatDoNotFitTheImagesStayInsideThem) {
+    // An alpha source onto a 16-bit image gets the 32-bit blend (the span
+    // selection's rule): each run covers twice its pixels' bytes. On an
+    // image one row taller the last run ends inside the block; here it is
+    // held to the block, every byte inside coming out the same.
+    const Image src{xc_image_new_from_data(9, 4, nullptr, 32, 0, 0)};
+    for (uint32_t i = 0; i < 36; ++i) reinterpret_cast<uint32_t *>(src->data)[i] = 0x80402010u + i;
+    for (int32_t x : {0, 1, 4}) {
+        std::vector<uint16_t> exact(7 * 4, 0x1234), taller(7 * 5, 0x1234);
+        const Image a{xc_image_new_from_data(7, 4, exact.data(), 16, 0, 1)};
+        const Image b{xc_image_new_from_data(7, 5, taller.data(), 16, 0, 1)};
+        const xg_area clip{0, 0, 7, 4};
+        for (xc_image *dst : {a.get(), b.get()})
+            xc_image_blit(src.get(), dst, &clip, 0, 0, 7 - x, 4, x, 0, 7 - x, 4, 0, kWhite);
+        EXPECT_EQ(exact, std::vector<uint16_t>(taller.begin(), taller.begin() + 28)) << x;
+        EXPECT_NE(exact, std::vector<uint16_t>(28, 0x1234));
+    }
+    // No span function draws an opaque image onto an opaque one below 16
+    // bits: nothing is drawn, and the program goes on.
+    const Image low{xc_image_new_from_data(4, 4, nullptr, 8, 1, 0)}, opaque = canvas(4, 4, 9u);
+    std::memset(low->data, 0, 64);
+    const xg_area clip{0, 0, 4, 4};
+    testing::internal::CaptureStderr();
+    xc_image_blit(opaque.get(), low.get(), &clip, 0, 0, 4, 4, 0, 0, 4, 4, 0, kWhite);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("depth 8"), std::string::npos);
+    EXPECT_EQ(all(low.get()), Words(16, 0u));
 }
 
 }  // namespace

@@ -98,6 +98,13 @@ TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
     const auto *p = reinterpret_cast<uint16_t *>(out->data);
     EXPECT_EQ((std::array{int(out->depth), out->rowstride}), (std::array{16, 4}));
     EXPECT_EQ(std::vector<uint16_t>(p, p + 6), (std::vector<uint16_t>{4, 1, 5, 2, 6, 3}));
+    // Three-byte rows pitched as 32-bit words are turned as words, into
+    // rows of 4 bytes a pixel.
+    Words wide{1, 2, 3, 4, 5, 6};
+    const Image rgb24{xc_image_new_with_data(3, 2, wide.data(), 2, 0, 1, 12)};
+    const Image turned{xc_image_new_from_rotated_image(rgb24.get(), 90)};
+    EXPECT_EQ((std::array{int(turned->format), turned->rowstride}), (std::array{2, 8}));
+    EXPECT_EQ(all(turned.get()), (Words{4, 1, 5, 2, 6, 3}));
 }
 
 TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
@@ -200,6 +207,9 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
     const Image rgb16{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
     sized->width = sized->height = 4;
     const char *kFit = "xc_image_fit_size: bad size", *kRotate = "xc_image_new_from_rotated_image";
+    const char *kFitRefused = "xc_image_fit_size: refused size";
+    // Rows of 4 bytes where the format's are 40: a copy would read past them.
+    const Image short_rows{xc_image_new_with_data(10, 2, words.data(), 0, 0, 1, 4)};
     const char *k32 = "no 32-bit pixels";
     const float *m = kIdentity.data();
     const int32_t *low = kLow, *high = kHigh;
@@ -212,6 +222,14 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
         {[&] { return xc_image_fit_size(src.get(), 10, 0, "matte"); }, kFit},
         {[&] { return xc_image_fit_size(src.get(), -5, 10, "matte"); }, kFit},
         {[&] { return xc_image_fit_size(empty.get(), 10, 10, "matte"); }, kFit},
+        // Sizes whose pixels would fill gigabytes, or not fit int32 at all.
+        {[&] { return xc_image_fit_size(src.get(), 23170, 23170, "crop"); }, kFitRefused},
+        {[&] { return xc_image_fit_size(src.get(), INT32_MAX, 1, "crop"); }, kFitRefused},
+        {[&] { return xc_image_scale_down_xy_2(src.get(), (1 << 30) + 1, (1 << 30) + 1); },
+         "xc_image_scale_down_xy_2: refused size 1073741825 x 1073741825"},
+        {[&] { return xc_image_new_from_color_transformed_image(short_rows.get(), nullptr, low,
+                                                                high); },
+         "rows too short to copy"},
         {[&] { return xc_image_new_from_rotated_image(sized.get(), 30); }, kRotate},
         {[&] { return xc_image_new_from_rotated_image(huge.get(), 30); }, kRotate},
         {[&] { return xc_image_new_from_color_transformed_image(rgb16.get(), m, low, high); }, k32},

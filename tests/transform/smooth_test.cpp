@@ -83,12 +83,6 @@ TEST(Smoothing, NothingBleedsInFromOutsideTheSourceArea) {
                 EXPECT_EQ(v >> 16 & 0xFF, v >> 8 & 0xFF) << &fn - kDrawers << ": " << w << "x" << h;
 }
 
-TEST(SmoothingDeathTest, AreaOutsideTheSourceDrawsNothingOrAssertsInLinear) {
-    const Image src = canvas(4, 4, kWhite);
-    EXPECT_EQ(drawn(xc_image_scale_down_xy, src.get(), {2, 2, 6, 6}, 2, 2), Words(4, 0u));
-    EXPECT_DEATH(drawn(xc_scale_linear, src.get(), {-1, 0, 4, 4}, 8, 8), "scale_linear:.*Assert");
-}
-
 Image ramp(int32_t w, int32_t h) {
     return painted(w, h, [](int x, int y) { return grey(uint32_t(8 * x + 40 * y)); });
 }

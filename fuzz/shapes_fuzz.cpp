@@ -1,0 +1,67 @@
+// Lines, rectangles and polygons with arbitrary int32 end points, areas,
+// offsets and clips over images of every kind, and the damage manager with
+// arbitrary rectangles.
+#include "fuzz_images.hpp"
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    fuzz::silence();
+    return 0;
+}
+
+namespace {
+
+void polygon(fuzz::Input &in, xc_image *image, const xg_area &clip) {
+    xg_point points[16];
+    xg_list *list = nullptr;
+    const int count = in.take<uint8_t>() % 16;
+    for (int i = 0; i < count; ++i) {
+        points[i] = {fuzz::coord(in), fuzz::coord(in)};
+        list = xg_list_append(list, &points[i]);
+    }
+    const int32_t x_offset = fuzz::coord(in), y_offset = fuzz::coord(in);
+    xc_polygon_draw(image, &clip, x_offset, y_offset, list, fuzz::colour(in));
+    xg_list_free(list);
+}
+
+// Screens up to 2048 pixels a side, or sizes the manager refuses (negative,
+// or too many tiles).
+void damage(fuzz::Input &in) {
+    const bool absurd = in.take<uint8_t>() & 1;
+    const int32_t w = absurd ? fuzz::coord(in) | 0x40000000 : in.take<uint16_t>() % 2049;
+    const int32_t h = absurd ? fuzz::coord(in) | 0x40000000 : in.take<uint16_t>() % 2049;
+    xc_dm *dm = xc_dm_new(w, h);
+    for (int i = in.take<uint8_t>() % 6; i > 0; --i) {
+        const xg_rect rect{fuzz::coord(in), fuzz::coord(in), fuzz::coord(in), fuzz::coord(in)};
+        xc_dm_add_area(dm, &rect);
+        if (in.take<uint8_t>() % 8 == 0) xc_dm_reset(dm);
+    }
+    xg_list_free_with_data(xc_dm_get_rects(dm));
+    xc_dm_free(dm);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    fuzz::Input in(data, size);
+    fuzz::Images images;
+    xc_image *image = images.make(in);
+    const xg_area clip = fuzz::area(in);
+    for (int calls = 1 + in.take<uint8_t>() % 3; calls > 0; --calls) {
+        switch (in.take<uint8_t>() % 4) {
+            case 0: {
+                const int32_t x0 = fuzz::coord(in), y0 = fuzz::coord(in);
+                const int32_t x1 = fuzz::coord(in), y1 = fuzz::coord(in);
+                xc_line_draw(image, &clip, x0, y0, x1, y1, fuzz::colour(in));
+                break;
+            }
+            case 1: {
+                xg_area rect = fuzz::area(in);
+                xc_rectangle_draw(image, &clip, &rect, fuzz::colour(in));
+                break;
+            }
+            case 2: polygon(in, image, clip); break;
+            default: damage(in); break;
+        }
+    }
+    return 0;
+}
