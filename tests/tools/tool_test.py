@@ -157,6 +157,10 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(quiet.stderr, "")
         self.assertIn("loaders[0] ext = ", loud.stderr)
         self.assertRegex(loud.stderr, r"fbcompose info: finished, [0-9.]+ s")
+        # With a short enough period the lines come while the work runs, saying what it does.
+        ticking = run("fit", source, "600x600", "--mode", "distort", "-o", self.scratch / "f.png",
+                      "--verbose", env={"FBCOMPOSE_PROGRESS_MS": "1"})
+        self.assertRegex(ticking.stderr, r"fbcompose fit: (loading|fitting|saving), [0-9.]+ s")
 
     def test_archive_pack_list_extract_roundtrip(self):
         source = self.scratch / "icons"
