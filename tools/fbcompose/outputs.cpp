@@ -103,7 +103,8 @@ bool outputs::save_image(const std::string &path, xc_image *image, const char *o
         return true;
     }
     const int error = errno;
-    // What the saver managed to write is no image.
+    // The check before the work found the file writable, so the saver got to
+    // open it: what it left there is at best part of an image.
     if (is_regular(path)) std::remove(path.c_str());
     std::string why = cause();
     if (why.empty()) why = error ? std::strerror(error) : "the image could not be saved";
