@@ -191,6 +191,71 @@ private:
     xc_dm *raw_;
 };
 
+// A panel (panel.h): the frame buffer the canvas is converted into, in the
+// caller's memory or on a frame-buffer device. Move-only; freed (a device
+// unmapped and closed) on destruction.
+class panel {
+public:
+    panel() noexcept = default;
+
+    // Over the caller's frame buffer, which must outlive the panel.
+    static panel in_memory(void *pixels, int32_t width, int32_t height, int32_t stride, int depth,
+                           int rotation) noexcept {
+        return panel(xc_panel_new(pixels, width, height, stride, depth, rotation));
+    }
+    // A Linux frame-buffer device such as "/dev/fb0".
+    static panel open_fbdev(std::string_view path, int rotation) {
+        return panel(xc_panel_open_fbdev(std::string(path).c_str(), rotation));
+    }
+
+    panel(panel &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
+    panel &operator=(panel &&other) noexcept {
+        if (this != &other) xc_panel_free(std::exchange(raw_, std::exchange(other.raw_, nullptr)));
+        return *this;
+    }
+    panel(const panel &) = delete;
+    panel &operator=(const panel &) = delete;
+    ~panel() { xc_panel_free(raw_); }
+
+    explicit operator bool() const noexcept { return raw_ != nullptr; }
+    xc_panel *get() const noexcept { return raw_; }
+
+    // The canvas the panel shows: its own size turned back upright.
+    int32_t canvas_width() const noexcept {
+        int32_t width, height;
+        xc_panel_get_canvas_size(raw_, &width, &height);
+        return width;
+    }
+    int32_t canvas_height() const noexcept {
+        int32_t width, height;
+        xc_panel_get_canvas_size(raw_, &width, &height);
+        return height;
+    }
+
+    // Converts the whole canvas; the number of rectangles converted, or -1.
+    int update(const image &canvas) noexcept {
+        return xc_panel_update(raw_, canvas.get(), nullptr);
+    }
+    // Converts these canvas rectangles (damage::take_rects gives them);
+    // none converts nothing.
+    int update(const image &canvas, const std::vector<xg_rect> &rects) {
+        // The list's items live here for the call; the library only reads them.
+        std::vector<xg_list_item> items(rects.size());
+        for (size_t i = 0; i < items.size(); ++i)
+            items[i] = {i > 0 ? &items[i - 1] : nullptr,
+                        i + 1 < items.size() ? &items[i + 1] : nullptr,
+                        const_cast<xg_rect *>(&rects[i])};
+        const xg_list list{items.empty() ? nullptr : &items.front(),
+                           items.empty() ? nullptr : &items.back(),
+                           static_cast<int32_t>(items.size())};
+        return xc_panel_update(raw_, canvas.get(), &list);
+    }
+
+private:
+    explicit panel(xc_panel *raw) noexcept : raw_(raw) {}
+    xc_panel *raw_ = nullptr;
+};
+
 }  // namespace fbcompose
 
 #endif

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Runs the fbcompose program as a user would and checks what it does."""
 import argparse
+import os
 import pathlib
 import shutil
 import struct
@@ -11,13 +12,22 @@ import unittest
 OPTIONS = None
 
 
-def run(*args, expect=0):
+def run(*args, expect=0, env=None, binary=False):
     command = ([OPTIONS.emulator] if OPTIONS.emulator else []) + [OPTIONS.tool, *map(str, args)]
-    result = subprocess.run(command, capture_output=True, text=True, timeout=300)
+    result = subprocess.run(command, capture_output=True, text=not binary, timeout=300,
+                            env={**os.environ, **(env or {})})
     if expect is not None and result.returncode != expect:
         raise AssertionError(f"{args}: exit {result.returncode}, wanted {expect}\n"
                              f"stdout: {result.stdout}\nstderr: {result.stderr}")
     return result
+
+
+def one_error_line(test, result, *parts):
+    """A failure reports itself in one line on standard error, naming each part."""
+    lines = result.stderr.splitlines()
+    test.assertEqual(len(lines), 1, result.stderr)
+    for part in parts:
+        test.assertIn(str(part), lines[0])
 
 
 def png_size(path):
@@ -46,23 +56,111 @@ class ToolTest(unittest.TestCase):
         shutil.rmtree(self.scratch, ignore_errors=True)
         self.scratch.mkdir(parents=True)
 
-    def test_help_on_every_command(self):
+    def corpus(self, relative):
+        return pathlib.Path(OPTIONS.corpus) / relative
+
+    def test_help_and_version(self):
         top = run("--help")
         commands = [line.split()[0] for line in top.stdout.splitlines()
                     if line.startswith("  ")]
-        self.assertIn("demo", commands)
+        self.assertIn("show", commands)
         self.assertIn("archive", commands)
         for command in commands:
             result = run(command, "--help")
             self.assertIn(f"usage: fbcompose {command}", result.stdout)
+        # What a user needs before trusting the output, in each command's help.
+        for command, phrase in (("convert", "little-endian"), ("convert", "top to bottom"),
+                                ("fit", "landscape"), ("info", "transparency chunk")):
+            self.assertIn(phrase, " ".join(run(command, "--help").stdout.split()))
+        version = run("info", "--version").stdout
+        self.assertRegex(version, r"^fbcompose \d+\.\d+\.\d+, library \d+\.\d+\.\d+$")
+        self.assertEqual(run("--version").stdout, version)
 
-    def test_unknown_command_and_bad_arguments(self):
-        result = run("frobnicate", expect=2)
-        self.assertIn("unknown command 'frobnicate'", result.stderr)
-        result = run("demo", "--size", "0x10", expect=2)
-        self.assertIn("bad --size '0x10'", result.stderr)
-        result = run("archive", "pack", expect=2)
-        self.assertIn("fbcompose archive:", result.stderr)
+    def test_usage_errors_exit_2_with_one_line_and_do_no_work(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        out = self.scratch / "out.raw"
+        cases = [
+            (["frobnicate"], "unknown command 'frobnicate'"),
+            (["info", "--frobnicate", source], "unknown option '--frobnicate'"),
+            (["info", source, "--verbose=1"], "option '--verbose' takes no value"),
+            (["convert", source, "-o", out, "--depth"], "option '--depth' needs a value"),
+            (["convert", source, "-o", out, "--depth=24"], "bad --depth '24'"),
+            (["demo", "--size", "0x10"], "bad --size '0x10'"),
+            (["demo", "-o", self.scratch / "x.bmp"], ".png, .jpg or .jpeg"),
+            (["demo", "-o", "-"], "standard output"),
+            (["demo", "--fb", "/dev/fb0", "--size", "100x100"], "from the device"),
+            (["fit", source, "10x10", "--mode", "squash", "-o", "f.png"], "unknown --mode 'squash'"),
+            (["fit", source, "10x10", "--mode", "crop", "-o", self.scratch / "f.bmp"], "f.bmp"),
+            (["fit", source, "10x10", "--mode=crop", "-o", "-"], "standard output"),
+            (["show", source], "needs --fb"),
+            (["archive", "pack", self.scratch], "pack needs"),
+            (["archive", "list", "-o", out, out], "list takes no -o"),
+        ]
+        for args, message in cases:
+            result = run(*args, expect=2)
+            one_error_line(self, result, message, "--help")
+            self.assertEqual(result.stdout, "", args)  # not a frame drawn
+        self.assertEqual(list(self.scratch.iterdir()), [])
+
+    def test_failures_exit_1_with_the_cause_in_one_line(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        (self.scratch / "empty.jpg").write_bytes(b"")
+        (self.scratch / "folder.png").mkdir()
+        fit = ["fit", source, "10x10", "--mode", "crop", "-o"]
+        cases = [
+            (["info", self.scratch / "empty.jpg"], "cannot load", "empty.jpg': "),
+            (["convert", self.scratch / "missing.png", "-o", self.scratch / "x.raw", "--depth", "16"],
+             "missing.png': ", "No such file or directory"),
+            (["fit", self.corpus("bad/png/cut-in-idat.png"), "10x10", "--mode", "crop", "-o",
+              self.scratch / "f.png"], "cannot load", "cut-in-idat.png': libpng error"),
+            (fit + [self.scratch / "nowhere" / "f.png"], "f.png': No such file or directory"),
+            (fit + [self.scratch / "folder.png"], "folder.png': Is a directory"),
+            (["convert", source, "-o", "/dev/full", "--depth", "16"], "No space left on device"),
+            (["show", source, "--fb", self.scratch / "fb9"], "fb9", "No such file or directory"),
+            (["show", source, "--fb", source], "not a frame-buffer device"),
+            (["demo", "--fb", self.scratch / "fb9"], "cannot use the panel", "fb9"),
+        ]
+        for args, *parts in cases:
+            result = run(*args, expect=1)
+            one_error_line(self, result, "fbcompose: ", *parts)
+            self.assertEqual(result.stdout, "", args)  # the library is quiet, no "0x0" line
+
+    def test_outputs_are_checked_first_and_removed_on_failure(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        raw = self.scratch / "out.raw"
+        convert = ["convert", source, "-o", raw, "--depth", "16", "--preview"]
+        run(*convert, self.scratch / "missing" / "p.png", expect=1)
+        self.assertFalse(raw.exists())  # refused before any work
+        # A preview that passes the check but cannot be written after all: the
+        # raw written before it goes again.
+        (self.scratch / "p.png").symlink_to(self.scratch / "missing" / "p.png")
+        result = run(*convert, self.scratch / "p.png", expect=1)
+        one_error_line(self, result, "p.png': No such file or directory")
+        self.assertFalse(raw.exists())
+
+    def test_options_anywhere_and_raw_on_standard_output(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        run("convert", source, "-o", self.scratch / "a.raw", "--depth", "32", "--rotate", "90")
+        run("convert", "--rotate=90", "--depth=32", "-o", self.scratch / "b.raw", source)
+        piped = run("convert", "--depth", "32", source, "--rotate", "90", "-o", "-", binary=True)
+        expected = (self.scratch / "a.raw").read_bytes()
+        self.assertEqual((self.scratch / "b.raw").read_bytes(), expected)
+        self.assertEqual(piped.stdout, expected)
+        self.assertIn(b"-> -: 32x32", piped.stderr)  # the report stays off the stream
+
+    def test_verbose_shows_the_library_and_progress(self):
+        source = self.corpus("png/pngsuite/basn2c08.png")
+        now = {"FBCOMPOSE_PROGRESS_MS": "0"}
+        quiet = run("info", source, source, env=now)
+        loud = run("--verbose", "info", source, source, env=now)
+        self.assertEqual(quiet.stdout, loud.stdout)
+        self.assertEqual(quiet.stderr, "")
+        self.assertIn("loaders[0] ext = ", loud.stderr)
+        self.assertRegex(loud.stderr, r"fbcompose info: finished, [0-9.]+ s")
+        # With a short enough period the lines come while the work runs, saying what it does.
+        ticking = run("fit", source, "600x600", "--mode", "distort", "-o", self.scratch / "f.png",
+                      "--verbose", env={"FBCOMPOSE_PROGRESS_MS": "1"})
+        self.assertRegex(ticking.stderr, r"fbcompose fit: (loading|fitting|saving), [0-9.]+ s")
 
     def test_archive_pack_list_extract_roundtrip(self):
         source = self.scratch / "icons"
@@ -70,11 +168,20 @@ class ToolTest(unittest.TestCase):
         files = {"b.png": b"\x89PNG second", "a.png": b"first file", "c.bmp": b"BM" * 100}
         for name, data in files.items():
             (source / name).write_bytes(data)
+        # What pack skips, each named on standard error.
+        skipped = {"name": "reserved", "sub": "folder", "dangling": "not a regular file"}
         (source / "name").write_bytes(b"reserved")
+        (source / "sub").mkdir()
+        (source / "dangling").symlink_to(source / "nowhere")
+        if os.geteuid() != 0:  # root reads every file
+            (source / "unreadable").write_bytes(b"secret")
+            (source / "unreadable").chmod(0)
+            skipped["unreadable"] = "Permission denied"
         archive = source / "img.ar"
         result = run("archive", "pack", source, "-o", archive)
         self.assertIn("packed 3 files", result.stdout)
-        self.assertIn("reserved", result.stderr)
+        for name, why in skipped.items():
+            self.assertRegex(result.stderr, f"skipping '{source / name}': .*{why}")
 
         raw = archive.read_bytes()
         self.assertEqual(raw[:8], b"IMGARCH0")
@@ -125,9 +232,6 @@ class ToolTest(unittest.TestCase):
         result = run("archive", "list", self.scratch / "missing.ar", expect=1)
         self.assertIn("cannot read", result.stderr)
 
-    def corpus(self, relative):
-        return pathlib.Path(OPTIONS.corpus) / relative
-
     def test_demo_writes_frame_buffer_preview_and_frame_lines(self):
         preview = self.scratch / "screen.png"
         result = run("demo", "-o", preview, "--size", "320x240", "--frames", "4")
@@ -170,24 +274,6 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(words32(self.scratch / "r.raw"), rotate90(words, 32, 32))
         self.assertEqual(png_size(self.scratch / "r.png"), (32, 32))
 
-    def test_convert_and_fit_failures_name_the_file(self):
-        missing = self.scratch / "missing.png"
-        result = run("convert", missing, "-o", self.scratch / "x.raw", "--depth", "16", expect=1)
-        self.assertIn(f"'{missing}'", result.stderr)
-        result = run("convert", missing, "-o", self.scratch / "x.raw", "--depth", "24", expect=2)
-        self.assertIn("bad --depth '24'", result.stderr)
-        broken = self.corpus("bad/png/cut-in-idat.png")
-        result = run("fit", broken, "10x10", "--mode", "crop", "-o", self.scratch / "f.png",
-                     expect=1)
-        self.assertIn(f"'{broken}'", result.stderr)
-        source = self.corpus("png/pngsuite/basn2c08.png")
-        result = run("fit", source, "10x10", "--mode", "squash", "-o", self.scratch / "f.png",
-                     expect=2)
-        self.assertIn("unknown --mode 'squash'", result.stderr)
-        result = run("fit", source, "10x10", "--mode", "crop", "-o", self.scratch / "f.bmp",
-                     expect=1)
-        self.assertIn("cannot write", result.stderr)
-
     def test_fit_every_mode_to_png_and_jpeg(self):
         source = self.corpus("png/pngsuite/basn2c08.png")
         for mode in ("crop", "matte", "matte-both", "distort"):
@@ -206,6 +292,7 @@ class ToolTest(unittest.TestCase):
             "png/pngsuite/basn6a08.png": "png, 32x32, alpha",
             "jpeg/wuffs/peacock.default.jpeg": "jpg, 100x75, opaque",
             "bmp/bmpsuite/g/pal8.bmp": "bmp, 127x64, opaque",
+            "png/pngsuite/tbbn3p08.png": "png, 32x32, opaque",  # transparency chunk: flagged opaque
         }
         paths = [self.corpus(f) for f in files] + [self.scratch / "missing.gif"]
         result = run("info", *paths, expect=1)  # one bad file: still reports the rest

@@ -4,8 +4,11 @@
 // entry its data offset, name length and name (no terminator), then the
 // stored files back to back. The index records no sizes; list and extract
 // take each file to run up to the next stored file (or the archive's end),
-// which is exactly what pack writes.
+// which is exactly what pack writes. The library reads archives only by
+// name (ar_img_lookup, for a folder's img.ar), so listing and extracting
+// read the index here.
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +19,8 @@
 
 #include "cli.hpp"
 #include "commands.hpp"
+#include "outputs.hpp"
+#include "progress.hpp"
 
 namespace fbctool {
 namespace {
@@ -52,67 +57,88 @@ bool read_file(const fs::path &path, std::string &bytes) {
     return !in.bad();
 }
 
-// Regular files of the folder, by name, except the archive itself and the
-// one name the index reserves.
+void skipping(const fs::path &path, const std::string &why) {
+    std::fprintf(stderr, "fbcompose archive: skipping '%s': %s\n", path.c_str(), why.c_str());
+}
+
+// Why a folder entry is not packed, or empty when it is.
+std::string reason_to_skip(const fs::directory_entry &item, const fs::path &out) {
+    std::error_code error;
+    if (item.is_directory(error)) return "a folder (archives hold the files of one folder)";
+    if (!item.is_regular_file(error)) return "not a regular file";
+    if (fs::equivalent(item.path(), out, error)) return "it is the archive being written";
+    if (item.path().filename() == kReservedName)
+        return "the name is reserved (the library keeps the archive's path under it)";
+    if (std::ifstream(item.path(), std::ios::binary).fail()) return std::strerror(errno);
+    return {};
+}
+
+// Regular, readable files of the folder, by name; every other entry is
+// named on standard error.
 std::vector<entry> files_to_pack(const fs::path &dir, const fs::path &out) {
     std::vector<entry> files;
     for (const fs::directory_entry &item : fs::directory_iterator(dir)) {
-        if (!item.is_regular_file()) continue;
-        const std::string name = item.path().filename().string();
-        std::error_code same;
-        if (fs::equivalent(item.path(), out, same)) continue;
-        if (name == kReservedName) {
-            std::fprintf(stderr, "fbcompose archive: skipping '%s': the name is reserved\n",
-                         item.path().c_str());
-            continue;
-        }
-        files.push_back({name, 0, static_cast<int64_t>(item.file_size())});
+        const std::string why = reason_to_skip(item, out);
+        if (!why.empty()) skipping(item.path(), why);
+        else
+            files.push_back(
+                {item.path().filename().string(), 0, static_cast<int64_t>(item.file_size())});
     }
     std::sort(files.begin(), files.end(),
               [](const entry &a, const entry &b) { return a.name < b.name; });
     return files;
 }
 
-int pack(const fs::path &dir, const fs::path &out) {
-    std::error_code error;
-    if (!fs::is_directory(dir, error))
-        return fail(kCommand, cat({"cannot read folder '", dir.string(), "'"}));
-    std::vector<entry> files = files_to_pack(dir, out);
-
-    int64_t offset = 12;
-    for (const entry &file : files) offset += 8 + static_cast<int64_t>(file.name.size());
+// The index, with each file's data offset after it; false when the files
+// hold more than an archive's 32-bit offsets can address.
+bool make_index(std::vector<entry> &files, std::string &index, int64_t &total) {
+    total = 12;
+    for (const entry &file : files) total += 8 + static_cast<int64_t>(file.name.size());
     for (entry &file : files) {
-        file.offset = offset;
-        offset += file.size;
+        file.offset = total;
+        total += file.size;
     }
-    if (offset > kMaxArchiveBytes)
-        return fail(kCommand, cat({"'", dir.string(), "' holds more than an archive can address (2 GiB)"}));
-
-    std::string index(kMagic, sizeof kMagic);
+    if (total > kMaxArchiveBytes) return false;
+    index.assign(kMagic, sizeof kMagic);
     put_int32(index, static_cast<int64_t>(files.size()));
     for (const entry &file : files) {
         put_int32(index, file.offset);
         put_int32(index, static_cast<int64_t>(file.name.size()));
         index += file.name;
     }
-    std::ofstream archive(out, std::ios::binary | std::ios::trunc);
-    if (!archive) return fail(kCommand, cat({"cannot write '", out.string(), "'"}));
-    archive.write(index.data(), static_cast<std::streamsize>(index.size()));
+    return true;
+}
 
-    std::string bytes;
-    size_t done = 0;
-    for (const entry &file : files) {
-        const fs::path path = dir / file.name;
-        if (!read_file(path, bytes) || static_cast<int64_t>(bytes.size()) != file.size)
-            return fail(kCommand, cat({"cannot read '", path.string(), "' (or it changed while packing)"}));
-        archive.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (++done % 100 == 0)
-            std::fprintf(stderr, "packed %zu of %zu files\n", done, files.size());
+int pack(const fs::path &dir, const std::string &out) {
+    std::error_code error;
+    if (!fs::is_directory(dir, error))
+        return fail(cat({"cannot read folder '", dir.string(),
+                         "': ", error ? error.message() : "not a folder"}));
+    outputs written(kCommand);
+    if (int bad = written.check(out, output_kind::bytes)) return bad;
+    std::vector<entry> files = files_to_pack(dir, is_stdout(out) ? fs::path() : fs::path(out));
+    std::string index, bytes;
+    int64_t total = 0;
+    if (!make_index(files, index, total))
+        return fail(cat({"'", dir.string(), "' holds more than an archive can address (2 GiB)"}));
+    FILE *archive = written.open(out);
+    if (!archive) return kFailed;
+    bool wrote = std::fwrite(index.data(), 1, index.size(), archive) == index.size();
+    progress work(kCommand);
+    std::string unreadable;
+    for (size_t i = 0; wrote && unreadable.empty() && i < files.size(); ++i) {
+        work.at("file", static_cast<int64_t>(i + 1), static_cast<int64_t>(files.size()));
+        const fs::path path = dir / files[i].name;
+        if (read_file(path, bytes) && static_cast<int64_t>(bytes.size()) == files[i].size)
+            wrote = std::fwrite(bytes.data(), 1, bytes.size(), archive) == bytes.size();
+        else unreadable = path.string();
     }
-    archive.close();
-    if (!archive) return fail(kCommand, cat({"writing '", out.string(), "' failed"}));
-    std::printf("packed %zu files, %lld bytes, into %s\n", files.size(),
-                static_cast<long long>(offset), out.c_str());
+    if (!written.finish(out, archive, wrote)) return kFailed;
+    if (!unreadable.empty())
+        return fail(cat({"cannot read '", unreadable, "' (or it changed while packing)"}));
+    written.keep();
+    std::fprintf(is_stdout(out) ? stderr : stdout, "packed %zu files, %lld bytes, into %s\n",
+                 files.size(), static_cast<long long>(total), out.c_str());
     return 0;
 }
 
@@ -139,8 +165,9 @@ bool read_index(const std::string &archive, const std::string &bytes, std::vecto
             problem = cat({"'", archive, "': entry ", std::to_string(i), " is damaged"});
             return false;
         }
-        entries.push_back({std::string(bytes, static_cast<size_t>(at), static_cast<size_t>(name_length)),
-                           offset, 0});
+        entries.push_back(
+            {std::string(bytes, static_cast<size_t>(at), static_cast<size_t>(name_length)), offset,
+             0});
         at += name_length;
     }
     std::vector<int64_t> starts;
@@ -152,11 +179,20 @@ bool read_index(const std::string &archive, const std::string &bytes, std::vecto
     return true;
 }
 
+// The archive's bytes and its index; false after a message.
+bool open_archive(const fs::path &archive, std::string &bytes, std::vector<entry> &entries) {
+    std::string problem;
+    if (!read_file(archive, bytes))
+        problem = cat({"cannot read '", archive.string(), "': ", std::strerror(errno)});
+    else read_index(archive.string(), bytes, entries, problem);
+    if (!problem.empty()) fail(problem);
+    return problem.empty();
+}
+
 int list(const fs::path &archive) {
-    std::string bytes, problem;
+    std::string bytes;
     std::vector<entry> entries;
-    if (!read_file(archive, bytes)) return fail(kCommand, cat({"cannot read '", archive.string(), "'"}));
-    if (!read_index(archive.string(), bytes, entries, problem)) return fail(kCommand, problem);
+    if (!open_archive(archive, bytes, entries)) return kFailed;
     std::printf("%10s %10s  %s\n", "offset", "bytes", "name");
     for (const entry &e : entries)
         std::printf("%10lld %10lld  %s\n", static_cast<long long>(e.offset),
@@ -172,63 +208,59 @@ bool safe_name(const std::string &name) {
 }
 
 int extract(const fs::path &archive, const fs::path &dir) {
-    std::string bytes, problem;
+    std::string bytes;
     std::vector<entry> entries;
-    if (!read_file(archive, bytes)) return fail(kCommand, cat({"cannot read '", archive.string(), "'"}));
-    if (!read_index(archive.string(), bytes, entries, problem)) return fail(kCommand, problem);
+    if (!open_archive(archive, bytes, entries)) return kFailed;
+    for (const entry &e : entries)
+        if (!safe_name(e.name))
+            return fail(cat({"'", archive.string(), "' holds an unsafe name '", e.name, "'"}));
     std::error_code error;
     fs::create_directories(dir, error);
-    if (error) return fail(kCommand, cat({"cannot create folder '", dir.string(), "'"}));
-    for (const entry &e : entries) {
-        if (!safe_name(e.name))
-            return fail(kCommand, cat({"'", archive.string(), "' holds an unsafe name '", e.name, "'"}));
-        std::ofstream out(dir / e.name, std::ios::binary | std::ios::trunc);
-        out.write(bytes.data() + e.offset, static_cast<std::streamsize>(e.size));
-        if (!out) return fail(kCommand, cat({"cannot write '", (dir / e.name).string(), "'"}));
+    if (error) return fail(cat({"cannot create folder '", dir.string(), "': ", error.message()}));
+    outputs written(kCommand);
+    progress work(kCommand);
+    for (size_t i = 0; i < entries.size(); ++i) {
+        work.at("file", static_cast<int64_t>(i + 1), static_cast<int64_t>(entries.size()));
+        const std::string path = (dir / entries[i].name).string();
+        if (written.check(path, output_kind::bytes) != 0 ||
+            !written.write_bytes(path, bytes.data() + entries[i].offset,
+                                 static_cast<size_t>(entries[i].size)))
+            return kFailed;
     }
+    written.keep();
     std::printf("extracted %zu files into %s\n", entries.size(), dir.c_str());
     return 0;
 }
 
-int help() {
-    std::printf(
-        "usage: fbcompose archive pack DIR -o img.ar\n"
-        "       fbcompose archive list img.ar\n"
-        "       fbcompose archive extract img.ar DIR\n\n"
-        "An image folder may carry one img.ar holding many small image files;\n"
-        "the library reads a PNG from it when the file itself is missing.\n");
-    return 0;
-}
+constexpr const char *kHelp =
+    "usage: fbcompose archive pack DIR -o img.ar\n"
+    "       fbcompose archive list img.ar\n"
+    "       fbcompose archive extract img.ar DIR\n\n"
+    "An image folder may carry one img.ar holding many small image files; the\n"
+    "library reads a PNG from it when the file itself is missing. pack stores the\n"
+    "regular files of DIR by name and says which entries it skips: sub-folders,\n"
+    "other non-regular files, unreadable files, the archive itself, and a file\n"
+    "named \"name\" (reserved). -o - writes the archive to standard output.\n"
+    "extract refuses names that would leave DIR.\n";
+constexpr option_spec kOptions[] = {{"-o", true}};
+constexpr command_spec kSpec{kCommand, kOptions, kHelp};
 
 }  // namespace
 
 int run_archive(int argc, char **argv) {
-    args a(argc, argv);
-    if (a.wants_help()) return help();
-    if (a.empty()) return usage_error(kCommand, "needs pack, list or extract");
-    const std::string verb = a.take();
-    if (verb == "pack") {
-        if (a.empty()) return usage_error(kCommand, "pack needs a folder");
-        const std::string dir = a.take();
-        std::string out;
-        if (!a.take_option("-o", out) || !a.empty())
-            return usage_error(kCommand, "pack needs -o ARCHIVE and nothing else");
-        return pack(dir, out);
-    }
-    if (verb == "list") {
-        if (a.empty()) return usage_error(kCommand, "list needs an archive");
-        const std::string archive = a.take();
-        if (!a.empty()) return usage_error(kCommand, "list takes one archive");
-        return list(archive);
-    }
-    if (verb == "extract") {
-        if (a.empty()) return usage_error(kCommand, "extract needs an archive and a folder");
-        const std::string archive = a.take();
-        if (a.empty()) return usage_error(kCommand, "extract needs a folder");
-        const std::string dir = a.take();
-        if (!a.empty()) return usage_error(kCommand, "extract takes an archive and a folder");
-        return extract(archive, dir);
-    }
+    command_line a;
+    int status = 0;
+    if (!a.read(kSpec, argc, argv, status)) return status;
+    const std::vector<std::string> &args = a.operands;
+    const std::string verb = args.empty() ? "" : args[0];
+    if (verb == "pack" && args.size() == 2 && a.has("-o")) return pack(args[1], a.value("-o"));
+    if (verb == "pack") return usage_error(kCommand, "pack needs a folder and -o ARCHIVE");
+    if (a.has("-o")) return usage_error(kCommand, cat({verb, " takes no -o"}));
+    if (verb == "list" && args.size() == 2) return list(args[1]);
+    if (verb == "list") return usage_error(kCommand, "list needs one archive");
+    if (verb == "extract" && args.size() == 3) return extract(args[1], args[2]);
+    if (verb == "extract") return usage_error(kCommand, "extract needs an archive and a folder");
+    if (verb.empty()) return usage_error(kCommand, "needs pack, list or extract");
     return usage_error(kCommand, cat({"unknown action '", verb, "'"}));
 }
 

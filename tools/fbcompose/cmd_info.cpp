@@ -1,72 +1,58 @@
 // fbcompose info: what the loaders see in image files.
-#include <fbcompose/fbcompose.h>
-
 #include <cstdio>
 #include <string>
 
 #include "cli.hpp"
 #include "commands.hpp"
+#include "image_io.hpp"
+#include "progress.hpp"
 
 namespace fbctool {
 namespace {
 
 constexpr std::string_view kCommand = "info";
-// An animation that never comes back to its first frame is cut off here.
-constexpr int kMaxFrames = 10000;
 
-int help() {
-    std::printf(
-        "usage: fbcompose info FILE...\n\n"
-        "Prints each file's type, size and alpha, and for animations the number\n"
-        "of frames and their delays in milliseconds.\n");
-    return 0;
-}
-
-// Plays the animation once round, collecting each frame's delay.
-std::string frame_delays(xc_image *image, int &frames) {
-    std::string delays = std::to_string(xc_image_get_delay(image));
-    frames = 1;
-    int32_t delay, x, y, w, h;
-    while (frames < kMaxFrames) {
-        const int index = xc_image_next_frame(image, &delay, &x, &y, &w, &h);
-        if (index <= 0) break;
-        delays += cat({" ", std::to_string(delay)});
-        ++frames;
-        if (frames % 500 == 0) std::fprintf(stderr, "fbcompose info: %d frames so far\n", frames);
-    }
-    return delays;
-}
+constexpr const char *kHelp =
+    "usage: fbcompose info FILE...\n\n"
+    "Decodes each file and prints its type, size and alpha flag, and for animations\n"
+    "the number of frames and their delays in milliseconds. A file that does not\n"
+    "decode, or decodes to no pixels or a size of 0, is an error (exit status 1);\n"
+    "the other files are still reported.\n\n"
+    "The alpha flag is the image's own: \"alpha\" when the library blends it as an\n"
+    "image with alpha. Palette and grey PNGs with a transparency chunk are expanded\n"
+    "to carry that transparency in their pixels but are flagged \"opaque\", by\n"
+    "design, and are drawn as opaque images.\n";
+constexpr command_spec kSpec{kCommand, {}, kHelp};
 
 }  // namespace
 
 int run_info(int argc, char **argv) {
-    args a(argc, argv);
-    if (a.wants_help()) return help();
-    if (a.empty()) return usage_error(kCommand, "needs at least one file");
-    xc_init();
+    command_line a;
     int status = 0;
-    while (!a.empty()) {
-        const std::string path = a.take();
-        xc_image *image = xc_image_new_from_file(path.c_str());
+    if (!a.read(kSpec, argc, argv, status)) return status;
+    if (a.operands.empty()) return usage_error(kCommand, "needs at least one file");
+    xc_init();
+    progress work(kCommand);
+    for (size_t i = 0; i < a.operands.size(); ++i) {
+        const std::string &path = a.operands[i];
+        work.at("file", static_cast<int64_t>(i + 1), static_cast<int64_t>(a.operands.size()));
+        const fbcompose::image image = load_image(path);
         if (!image) {
-            status = fail(kCommand, cat({"cannot open '", path, "' as an image"}));
+            status = kFailed;
             continue;
         }
         std::printf("%s: %s, %dx%d, %s", path.c_str(), image->type_name ? image->type_name : "?",
-                    image->width, image->height, image->has_alpha ? "alpha" : "opaque");
+                    image.width(), image.height(), image.has_alpha() ? "alpha" : "opaque");
         if (image->is_ani) {
-            if (xc_image_load_data(image) < 0) {
-                std::printf("\n");
-                status = fail(kCommand, cat({"cannot decode '", path, "'"}));
-            } else {
-                int frames = 0;
-                const std::string delays = frame_delays(image, frames);
-                std::printf(", %d frames, delays (ms): %s\n", frames, delays.c_str());
-            }
-        } else {
-            std::printf("\n");
+            std::string delays;
+            int64_t played = 0;
+            const int frames = play_once(image, [&](int32_t delay) {
+                delays += cat({played > 0 ? " " : "", std::to_string(delay)});
+                work.at("frame", ++played);
+            });
+            std::printf(", %d frames, delays (ms): %s", frames, delays.c_str());
         }
-        xc_image_unref(image);
+        std::printf("\n");
     }
     return status;
 }

@@ -5,6 +5,7 @@
 namespace fbctool {
 
 int run_demo(int argc, char **argv);
+int run_show(int argc, char **argv);
 int run_archive(int argc, char **argv);
 int run_convert(int argc, char **argv);
 int run_fit(int argc, char **argv);
