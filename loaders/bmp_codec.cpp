@@ -7,10 +7,10 @@
 #include <cstring>
 
 #include "core/log.hpp"
-#include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -20,6 +20,10 @@ enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kBitFields = 3, kA
 constexpr uint32_t kOpaqueBlack = 0xFF000000u;
 // File header and the largest info header, with room for trailing masks.
 constexpr size_t kHeaderBytes = 14 + 124 + 16;
+// A run paints at most 255 pixels for its two bytes; twice that density
+// leaves room for rows that end early or skip ahead (end of line, delta).
+// Beyond it the stream cannot describe the image: only colour 0 would fill it.
+constexpr int64_t kRlePixelsPerByte = 256;
 
 // One colour channel of a packed pixel: where its bits are and how many.
 struct Channel {
@@ -178,18 +182,28 @@ void decode_row(const uint8_t *src, uint32_t *dst, const BmpHeader &h, const uin
     }
 }
 
-// Uncompressed rows are padded to 4 bytes; the last row may lack its padding.
-bool decode_uncompressed(ByteReader &in, xc_image *image, const BmpHeader &h, const uint32_t *palette) {
-    const auto bits_per_row = checked_product(h.width, h.bits);
-    if (!bits_per_row) return false;
-    const int64_t stride = (int64_t{*bits_per_row} + 31) / 32 * 4;
-    const int64_t last_row = (int64_t{*bits_per_row} + 7) / 8;
-    in.seek(h.pixel_offset);
-    if (!in.ok() || stride * (h.height - 1) + last_row > static_cast<int64_t>(in.remaining())) return false;
-    const uint8_t *pixels = in.bytes(0);
+// Bytes from one uncompressed row to the next: rows are padded to 4 bytes.
+int64_t row_stride(const BmpHeader &h) { return (int64_t{h.width} * h.bits + 31) / 32 * 4; }
+
+// Whether the file holds the pixels its header declares, checked before
+// they are allocated: every uncompressed row (the last one may lack its
+// padding), or a run-length stream long enough for the image's size.
+bool pixels_fit_file(const std::vector<uint8_t> &bytes, const BmpHeader &h, const char *filename) {
+    const int64_t data = h.pixel_offset <= bytes.size() ? static_cast<int64_t>(bytes.size() - h.pixel_offset) : -1;
+    if (h.compression == kRle8 || h.compression == kRle4)
+        return image_fits_file("bmp", filename, h.width, h.height, data < 0 ? 0 : data, kRlePixelsPerByte);
+    const int64_t last_row = (int64_t{h.width} * h.bits + 7) / 8;
+    if (data >= 0 && row_stride(h) * (h.height - 1) + last_row <= data) return true;
+    fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
+    return false;
+}
+
+void decode_uncompressed(const std::vector<uint8_t> &bytes, xc_image *image, const BmpHeader &h,
+                         const uint32_t *palette) {
+    const uint8_t *pixels = bytes.data() + h.pixel_offset;
+    const int64_t stride = row_stride(h);
     for (int32_t row = 0; row < h.height; ++row)
         decode_row(pixels + stride * row, output_row(image, h, row), h, palette);
-    return true;
 }
 
 // Run-length data: runs of one index (RLE4: two alternating), absolute
@@ -276,6 +290,7 @@ int bmp_load_data(xc_image *image, const char *filename) {
         fbc::log_err("bmp: file(%s) is cut inside its palette\n", filename);
         return -1;
     }
+    if (!pixels_fit_file(*bytes, h, filename)) return -1;
     set_flags(image, h);
     image->rowstride = h.width * 4;
     if (!xc_image_alloc_data(image)) return -1;
@@ -284,11 +299,8 @@ int bmp_load_data(xc_image *image, const char *filename) {
         const size_t count = static_cast<size_t>(h.width) * static_cast<size_t>(h.height);
         for (size_t i = 0; i < count; ++i) pixels[i] = palette[0];
         decode_rle(in, image, h, palette);
-    } else if (!decode_uncompressed(in, image, h, palette)) {
-        fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
-        std::free(image->data);
-        image->data = nullptr;
-        return -1;
+    } else {
+        decode_uncompressed(*bytes, image, h, palette);
     }
     if (h.alpha.bits) settle_alpha(image);
     return 0;

@@ -18,6 +18,7 @@
 #include "core/log.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -30,6 +31,11 @@ jmp_buf decoder_jump;
 
 // libjpeg hands its row batches over in groups of at most this many rows.
 constexpr JDIMENSION kMaxBatchRows = 16;
+// The densest Huffman-coded JPEG spends a bit or two on each 8 x 8 block of
+// each component (a grey progressive one: 512 pixels a byte); libjpeg would
+// pad a cut file's missing rows, so without this check a header alone could
+// make it decode an image of any size.
+constexpr int64_t kPixelsPerByte = 1024;
 
 // libjpeg's own text and stream (standard error), through the library's
 // diagnostics so that a program's handler sees it.
@@ -153,7 +159,9 @@ int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
     jpeg_read_header(&decoder, TRUE);
     fixed_decoder_settings();
     jpeg_calc_output_dimensions(&decoder);
-    if (!image_size_fits("jpeg", filename, decoder.output_width, decoder.output_height)) {
+    if (!image_size_fits("jpeg", filename, decoder.output_width, decoder.output_height) ||
+        !image_fits_file("jpeg", filename, decoder.output_width, decoder.output_height,
+                         bytes_after(file, 0), kPixelsPerByte)) {
         jpeg_destroy_decompress(&decoder);
         return -1;
     }
