@@ -2,6 +2,7 @@
 // RLE4 and bit-field masks, rows bottom-up or top-down. Opaque images give
 // format 1; images whose alpha mask carries values give premultiplied
 // format 0.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -213,16 +214,23 @@ void decode_uncompressed(const std::vector<uint8_t> &bytes, xc_image *image, con
 void decode_rle(ByteReader &in, xc_image *image, const BmpHeader &h, const uint32_t *palette) {
     in.seek(h.pixel_offset);
     const bool four = h.compression == kRle4;
-    int32_t x = 0, y = 0;
-    auto put = [&](uint32_t index) {
-        if (x < h.width && y < h.height) output_row(image, h, y)[x] = palette[index];
-        ++x;
+    // Runs may carry x far past the row's end (64 bits: a long stream of
+    // runs without an end of line); those pixels are dropped unvisited.
+    int64_t x = 0;
+    int32_t y = 0;
+    auto paint = [&](int count, auto index_of) {
+        const int64_t n = x < h.width ? std::min<int64_t>(count, h.width - x) : 0;
+        if (n > 0) {
+            uint32_t *row = output_row(image, h, y) + x;
+            for (int i = 0; i < n; ++i) row[i] = palette[index_of(i)];
+        }
+        x += count;
     };
     while (in.ok() && !in.at_end() && y < h.height) {
         const uint8_t count = in.u8();
         const uint8_t value = in.u8();
         if (count) {
-            for (int i = 0; i < count; ++i) put(four ? (i & 1 ? value & 0xFu : value >> 4) : value);
+            paint(count, [&](int i) { return four ? (i & 1 ? value & 0xFu : value >> 4) : value; });
         } else if (value == 0) {
             x = 0;
             ++y;
@@ -235,7 +243,7 @@ void decode_rle(ByteReader &in, xc_image *image, const BmpHeader &h, const uint3
             const int bytes = four ? (value + 1) / 2 : value;
             const uint8_t *run = in.bytes(static_cast<size_t>(bytes + (bytes & 1)));
             if (!run) break;
-            for (int i = 0; i < value; ++i) put(four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i]);
+            paint(value, [&](int i) { return four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i]; });
         }
     }
 }

@@ -2,6 +2,10 @@
 // decode limit, and headers declaring more pixels than the file can hold.
 #include <zlib.h>
 
+#include <cstdio>
+// jpeglib.h needs FILE and size_t declared before it.
+#include <jpeglib.h>
+
 #include "fbcompose/log.h"
 
 #include "loader_test_support.hpp"
@@ -34,6 +38,36 @@ std::vector<uint8_t> wbmp_2048x1024(size_t row_bytes) {
     std::vector<uint8_t> out(sizeof header + row_bytes, 0x55);
     std::copy(std::begin(header), std::end(header), out.begin());
     return out;
+}
+
+// An 8 x 8 grey progressive JPEG of `scans` scans (65 or more): the DC
+// scan, each AC coefficient but its last bit in a scan of its own, then
+// that bit for the first (scans - 64) of them.
+void write_progressive_jpeg(const std::string &file, int scans) {
+    std::vector<jpeg_scan_info> script(static_cast<size_t>(scans));
+    for (int i = 0; i < scans; ++i) {
+        const int k = i < 64 ? i : i - 63;
+        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0}, k, k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
+    }
+    jpeg_compress_struct cinfo;
+    jpeg_error_mgr errors;
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&cinfo);
+    FILE *out = std::fopen(file.c_str(), "wb");
+    jpeg_stdio_dest(&cinfo, out);
+    cinfo.image_width = cinfo.image_height = 8;
+    cinfo.input_components = 1;
+    cinfo.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&cinfo);
+    cinfo.scan_info = script.data();
+    cinfo.num_scans = scans;
+    jpeg_start_compress(&cinfo, TRUE);
+    JSAMPLE grey[64];
+    for (int i = 0; i < 64; ++i) grey[i] = static_cast<JSAMPLE>(i * 4);
+    for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8) jpeg_write_scanlines(&cinfo, &row, 1);
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    std::fclose(out);
 }
 
 class DecodeLimits : public fbc_test::ScratchDir {
@@ -133,6 +167,21 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
         } else {
             EXPECT_EQ(loaded, 0) << logged;
         }
+        xc_image_unref(image);
+    }
+}
+
+// libjpeg passes over the whole image for each scan: a hundred is plenty.
+TEST_F(DecodeLimits, JpegFilesOfMoreThanAHundredScansAreRefused) {
+    for (const int scans : {100, 101}) {
+        const std::string name = path(std::to_string(scans) + ".jpg");
+        write_progressive_jpeg(name, scans);
+        xc_image *image = xc_image_new_from_file(name.c_str());
+        ASSERT_NE(image, nullptr);
+        logged.clear();
+        EXPECT_EQ(xc_image_load_data(image), scans <= 100 ? 1 : -1);
+        EXPECT_EQ(logged.find("jpeg: file(" + name + ") has more than 100 scans\n") != std::string::npos, scans > 100)
+            << logged;
         xc_image_unref(image);
     }
 }
