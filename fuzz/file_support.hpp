@@ -19,7 +19,7 @@ namespace fuzz {
 // decoders check headers against their files, but each run stays fast.
 inline void prepare_file_target() {
     silence();
-    xc_image_set_decode_limit(int64_t{2} << 20);
+    xc_image_set_decode_limit(int64_t{1} << 18);
 }
 
 // A folder of this process's own, in /dev/shm when there is one (no disk
