@@ -13,8 +13,6 @@ int64_t limit_pixels = kDefaultDecodeLimit;
 
 }  // namespace
 
-int64_t decode_limit() { return limit_pixels; }
-
 bool image_size_fits(const char *codec, const char *filename, int64_t width, int64_t height) {
     if (!checked_product(width, height, 4)) {
         fbc::log_err("%s: file(%s) has unusable size %lldx%lld\n", codec, filename,

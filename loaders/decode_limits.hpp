@@ -17,9 +17,6 @@ inline constexpr int64_t kDefaultDecodeLimit = int64_t{64} << 20;
 // background, or a file cut short, is ordinary.
 inline constexpr int64_t kSmallImagePixels = int64_t{1} << 20;
 
-// The current decode limit in pixels; 0 means none.
-int64_t decode_limit();
-
 // True when a width x height image of 32-bit pixels can be addressed on the
 // device and is within the decode limit; otherwise says why on standard
 // error ("<codec>: file(<name>) has unusable size WxH", or names both the

@@ -2,13 +2,13 @@
 // then entries (data offset, name length, name), all little-endian. Each
 // directory is examined once per process; its index is then answered from
 // memory and the stored files are read in place by the caller.
+#include "loaders/image_archive.hpp"
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <unordered_map>
-
-#include "loaders/image_archive.hpp"
 
 #include "core/log.hpp"
 #include "fbcompose/loader.h"
