@@ -1,7 +1,10 @@
 // Runs a fuzz target over files and folders of inputs, once each, so that
 // every kept finding is replayed by the ordinary test runs (native,
-// sanitizers, the device under emulation) without libFuzzer.
+// sanitizers, the device under emulation) without libFuzzer. An input that
+// makes the process grow past kMaxResidentKiB fails the run: a finding that
+// once asked for gigabytes stays bounded.
 #include <dirent.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -14,6 +17,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 namespace {
+
+// Far above what any kept input may need (a few MiB of pixels, plus what
+// the sanitizers or the emulator add), far below the gigabytes of a
+// decoder that trusts its header.
+constexpr long kMaxResidentKiB = 1024L * 1024;
+
+long peak_resident_kib() {
+    struct rusage usage;
+    return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
+}
 
 bool read_file(const std::string &path, std::vector<uint8_t> &bytes) {
     FILE *file = std::fopen(path.c_str(), "rb");
@@ -59,6 +72,11 @@ int main(int argc, char **argv) {
         // An empty vector's data() may be null; libFuzzer never passes null.
         static const uint8_t nothing = 0;
         LLVMFuzzerTestOneInput(bytes.empty() ? &nothing : bytes.data(), bytes.size());
+        if (peak_resident_kib() > kMaxResidentKiB) {
+            std::fprintf(stderr, "replay: %s made the process grow to %ld MiB\n", file.c_str(),
+                         peak_resident_kib() / 1024);
+            return 1;
+        }
     }
     std::fprintf(stderr, "replay: %zu inputs\n", files.size());
     return 0;

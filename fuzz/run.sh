@@ -3,8 +3,9 @@
 # build, two at a time, and fails if any finds a crash, leak, hang or
 # undefined behaviour. Findings land in build/fuzz/findings/NAME/; copy
 # each into fuzz/crashers/NAME/ once it is fixed, so ctest replays it.
+# With FUZZ_RUNS=N each target stops after N executions if that comes first.
 #
-#   bash fuzz/run.sh SECONDS [NAME...]
+#   [FUZZ_RUNS=N] bash fuzz/run.sh SECONDS [NAME...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run.sh SECONDS [NAME...]}
@@ -22,8 +23,9 @@ run_one() {
   mkdir -p "$work" "$findings"
   local seeds=()
   while read -r dir; do [ -n "$dir" ] && [ -d "$dir" ] && seeds+=("$dir"); done < "$build/fuzz/$name.seeds"
-  local status=0
-  "$build/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+  local status=0 runs_option=()
+  [ -n "${FUZZ_RUNS:-}" ] && runs_option=(-runs="$FUZZ_RUNS")
+  "$build/fuzz/fuzz_$name" -max_total_time="$seconds" "${runs_option[@]}" -timeout=10 -rss_limit_mb=2048 \
       -max_len=65536 -print_final_stats=1 -artifact_prefix="$findings/" \
       "$work" "${seeds[@]}" > "$log" 2>&1 || status=$?
   local runs

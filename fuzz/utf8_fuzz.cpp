@@ -1,9 +1,11 @@
 // UTF-8 and wide strings: stepping, counting, decoding and encoding an
 // arbitrary zero-terminated byte string, and the wide-string helpers on
-// what it decodes to.
+// what it decodes to; and the input as raw 16-bit units, zeros and lone
+// surrogates included, encoded unit for unit and decoded back.
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "fuzz_support.hpp"
 
@@ -45,6 +47,17 @@ void round_trip(const std::string &text) {
     std::free(wide);
 }
 
+void raw_units(const uint8_t *data, size_t size) {
+    std::vector<uint16_t> units(size / 2);
+    if (!units.empty()) std::memcpy(units.data(), data, units.size() * 2);
+    const auto n = static_cast<int32_t>(units.size());
+    // At most three bytes a unit, and the terminating zero.
+    std::string utf8(units.size() * 3 + 1, '\xFF');
+    xg_unicode_encode_utf8_full(units.data(), n, utf8.data());
+    std::vector<uint16_t> back(static_cast<size_t>(xg_utf8_len(utf8.c_str())) + 1);
+    xg_unicode_decode_utf8(back.data(), utf8.c_str());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -52,5 +65,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const std::string text(bytes, strnlen(bytes, size));
     step_through(text);
     round_trip(text);
+    raw_units(data, size);
     return 0;
 }

@@ -2,16 +2,17 @@
 // RLE4 and bit-field masks, rows bottom-up or top-down. Opaque images give
 // format 1; images whose alpha mask carries values give premultiplied
 // format 0.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "core/log.hpp"
 #include "core/pixel_format.hpp"
-#include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -21,6 +22,10 @@ enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kBitFields = 3, kA
 constexpr uint32_t kOpaqueBlack = 0xFF000000u;
 // File header and the largest info header, with room for trailing masks.
 constexpr size_t kHeaderBytes = 14 + 124 + 16;
+// A run paints at most 255 pixels for its two bytes; twice that density
+// leaves room for rows that end early or skip ahead (end of line, delta).
+// Beyond it the stream cannot describe the image: only colour 0 would fill it.
+constexpr int64_t kRlePixelsPerByte = 256;
 
 // One colour channel of a packed pixel: where its bits are and how many.
 struct Channel {
@@ -179,18 +184,28 @@ void decode_row(const uint8_t *src, uint32_t *dst, const BmpHeader &h, const uin
     }
 }
 
-// Uncompressed rows are padded to 4 bytes; the last row may lack its padding.
-bool decode_uncompressed(ByteReader &in, xc_image *image, const BmpHeader &h, const uint32_t *palette) {
-    const auto bits_per_row = checked_product(h.width, h.bits);
-    if (!bits_per_row) return false;
-    const int64_t stride = (int64_t{*bits_per_row} + 31) / 32 * 4;
-    const int64_t last_row = (int64_t{*bits_per_row} + 7) / 8;
-    in.seek(h.pixel_offset);
-    if (!in.ok() || stride * (h.height - 1) + last_row > static_cast<int64_t>(in.remaining())) return false;
-    const uint8_t *pixels = in.bytes(0);
+// Bytes from one uncompressed row to the next: rows are padded to 4 bytes.
+int64_t row_stride(const BmpHeader &h) { return (int64_t{h.width} * h.bits + 31) / 32 * 4; }
+
+// Whether the file holds the pixels its header declares, checked before
+// they are allocated: every uncompressed row (the last one may lack its
+// padding), or a run-length stream long enough for the image's size.
+bool pixels_fit_file(const std::vector<uint8_t> &bytes, const BmpHeader &h, const char *filename) {
+    const int64_t data = h.pixel_offset <= bytes.size() ? static_cast<int64_t>(bytes.size() - h.pixel_offset) : -1;
+    if (h.compression == kRle8 || h.compression == kRle4)
+        return image_fits_file("bmp", filename, h.width, h.height, data < 0 ? 0 : data, kRlePixelsPerByte);
+    const int64_t last_row = (int64_t{h.width} * h.bits + 7) / 8;
+    if (data >= 0 && row_stride(h) * (h.height - 1) + last_row <= data) return true;
+    fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
+    return false;
+}
+
+void decode_uncompressed(const std::vector<uint8_t> &bytes, xc_image *image, const BmpHeader &h,
+                         const uint32_t *palette) {
+    const uint8_t *pixels = bytes.data() + h.pixel_offset;
+    const int64_t stride = row_stride(h);
     for (int32_t row = 0; row < h.height; ++row)
         decode_row(pixels + stride * row, output_row(image, h, row), h, palette);
-    return true;
 }
 
 // Run-length data: runs of one index (RLE4: two alternating), absolute
@@ -200,16 +215,23 @@ bool decode_uncompressed(ByteReader &in, xc_image *image, const BmpHeader &h, co
 void decode_rle(ByteReader &in, xc_image *image, const BmpHeader &h, const uint32_t *palette) {
     in.seek(h.pixel_offset);
     const bool four = h.compression == kRle4;
-    int32_t x = 0, y = 0;
-    auto put = [&](uint32_t index) {
-        if (x < h.width && y < h.height) output_row(image, h, y)[x] = palette[index];
-        ++x;
+    // Runs may carry x far past the row's end (64 bits: a long stream of
+    // runs without an end of line); those pixels are dropped unvisited.
+    int64_t x = 0;
+    int32_t y = 0;
+    auto paint = [&](int count, auto index_of) {
+        const int64_t n = x < h.width ? std::min<int64_t>(count, h.width - x) : 0;
+        if (n > 0) {
+            uint32_t *row = output_row(image, h, y) + x;
+            for (int i = 0; i < n; ++i) row[i] = palette[index_of(i)];
+        }
+        x += count;
     };
     while (in.ok() && !in.at_end() && y < h.height) {
         const uint8_t count = in.u8();
         const uint8_t value = in.u8();
         if (count) {
-            for (int i = 0; i < count; ++i) put(four ? (i & 1 ? value & 0xFu : value >> 4) : value);
+            paint(count, [&](int i) { return four ? (i & 1 ? value & 0xFu : value >> 4) : value; });
         } else if (value == 0) {
             x = 0;
             ++y;
@@ -222,7 +244,7 @@ void decode_rle(ByteReader &in, xc_image *image, const BmpHeader &h, const uint3
             const int bytes = four ? (value + 1) / 2 : value;
             const uint8_t *run = in.bytes(static_cast<size_t>(bytes + (bytes & 1)));
             if (!run) break;
-            for (int i = 0; i < value; ++i) put(four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i]);
+            paint(value, [&](int i) { return four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i]; });
         }
     }
 }
@@ -277,6 +299,7 @@ int bmp_load_data(xc_image *image, const char *filename) {
         fbc::log_err("bmp: file(%s) is cut inside its palette\n", filename);
         return -1;
     }
+    if (!pixels_fit_file(*bytes, h, filename)) return -1;
     set_flags(image, h);
     image->rowstride = h.width * 4;
     if (!xc_image_alloc_data(image)) return -1;
@@ -285,11 +308,8 @@ int bmp_load_data(xc_image *image, const char *filename) {
         const size_t count = static_cast<size_t>(h.width) * static_cast<size_t>(h.height);
         for (size_t i = 0; i < count; ++i) pixels[i] = palette[0];
         decode_rle(in, image, h, palette);
-    } else if (!decode_uncompressed(in, image, h, palette)) {
-        fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
-        std::free(image->data);
-        image->data = nullptr;
-        return -1;
+    } else {
+        decode_uncompressed(*bytes, image, h, palette);
     }
     if (h.alpha.bits) settle_alpha(image);
     return 0;

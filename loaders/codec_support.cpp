@@ -1,21 +1,14 @@
 // Helpers shared by the codecs.
 #include "loaders/codec_support.hpp"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdio>
 
-#include "core/log.hpp"
 #include "core/size_check.hpp"
 
 namespace fbc {
-
-bool image_size_fits(const char *codec, const char *filename, int64_t width,
-                     int64_t height) {
-    if (checked_product(width, height, 4)) return true;
-    fbc::log_err("%s: file(%s) has unusable size %lldx%lld\n", codec, filename,
-                 static_cast<long long>(width), static_cast<long long>(height));
-    return false;
-}
 
 std::optional<std::vector<uint8_t>> read_whole_file(const char *filename, size_t limit) {
     FILE *file = std::fopen(filename, "rb");
@@ -34,6 +27,12 @@ std::optional<std::vector<uint8_t>> read_whole_file(const char *filename, size_t
     }
     std::fclose(file);
     return bytes;
+}
+
+int64_t bytes_after(FILE *file, long offset) {
+    struct stat info;
+    if (fstat(fileno(file), &info) != 0 || info.st_size < offset) return 0;
+    return static_cast<int64_t>(info.st_size) - offset;
 }
 
 bool save_area_is_valid(const xc_image *image, const xg_area &area) {

@@ -1,6 +1,6 @@
-// Helpers shared by the codecs: the size refusal that precedes every pixel
-// allocation, whole-file reading for the decoders we write ourselves, and
-// the premultiplication rule of decoded images with alpha.
+// Helpers shared by the codecs: whole-file reading for the decoders we
+// write ourselves, the premultiplication rule of decoded images with alpha,
+// and the savers' geometry. The size checks are in decode_limits.hpp.
 #pragma once
 
 #include <cstdint>
@@ -12,16 +12,14 @@
 
 namespace fbc {
 
-// True when a width x height image of 32-bit pixels can be allocated on the
-// device; otherwise prints "<codec>: file(<name>) has unusable size WxH" on
-// standard error. Zero sizes pass: each codec decides what they mean.
-bool image_size_fits(const char *codec, const char *filename, int64_t width,
-                     int64_t height);
-
 // The whole file (or its first `limit` bytes), or nothing (errno tells why)
 // when it cannot be opened or read or is larger than the device can address.
 std::optional<std::vector<uint8_t>> read_whole_file(const char *filename,
                                                     size_t limit = SIZE_MAX);
+
+// The bytes of an open file from `offset` to its end (0 when unknown),
+// for checking a header's sizes against what the file can hold.
+int64_t bytes_after(FILE *file, long offset);
 
 // A straight colour word made premultiplied: below full alpha each colour
 // byte becomes c x a >> 8; opaque words stay as they are.

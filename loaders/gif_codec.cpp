@@ -20,6 +20,7 @@
 #include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -27,6 +28,10 @@ namespace {
 constexpr int kDisposeBackground = 2;
 constexpr int kDisposePrevious = 3;
 constexpr uint32_t kTransparent = 0;
+// A 12-bit LZW code stands for at most 4096 pixels, so a file's bytes can
+// fill at most about 2700 pixels each; a screen needing more than 4096 per
+// byte is not a picture the file holds.
+constexpr int64_t kScreenPixelsPerByte = 4096;
 
 // What the graphic control extension before a frame says about it.
 struct FrameControl {
@@ -300,6 +305,11 @@ int gif_load_info(xc_image *image, const char *filename) {
 int gif_load_data(xc_image *image, const char *filename) {
     GifPlayer *player = open_player(filename);
     if (!player) return -1;
+    if (!image_fits_file("gif", filename, player->gif->SWidth, player->gif->SHeight,
+                         static_cast<int64_t>(player->bytes.size()), kScreenPixelsPerByte)) {
+        delete player;
+        return -1;
+    }
     image->width = player->gif->SWidth;
     image->height = player->gif->SHeight;
     image->rowstride = image->width * 4;

@@ -2,6 +2,8 @@
 // then entries (data offset, name length, name), all little-endian. Each
 // directory is examined once per process; its index is then answered from
 // memory and the stored files are read in place by the caller.
+#include "loaders/image_archive.hpp"
+
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -21,7 +23,7 @@ struct DirectoryArchive {
     std::unordered_map<std::string, int32_t> offsets;
 };
 
-// Kept for the life of the process; never torn down.
+// Kept for the life of the process; only forget_image_archives empties it.
 std::unordered_map<std::string, DirectoryArchive> &directories() {
     static auto *table = new std::unordered_map<std::string, DirectoryArchive>();
     return *table;
@@ -82,6 +84,9 @@ void examine_directory(const std::string &prefix, DirectoryArchive &archive) {
 }
 
 }  // namespace
+
+void forget_image_archives() { directories().clear(); }
+
 }  // namespace fbc
 
 extern "C" const char *ar_img_lookup(const char *path, int32_t *offset_out) {

@@ -19,6 +19,7 @@
 #include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -27,10 +28,21 @@ namespace {
 // rest of the library.
 jpeg_decompress_struct decoder;
 jpeg_error_mgr decoder_errors;
+jpeg_progress_mgr decoder_progress;
 jmp_buf decoder_jump;
+const char *decoder_file = nullptr;
 
 // libjpeg hands its row batches over in groups of at most this many rows.
 constexpr JDIMENSION kMaxBatchRows = 16;
+// The densest Huffman-coded JPEG spends a bit or two on each 8 x 8 block of
+// each component (a grey progressive one: 512 pixels a byte); libjpeg would
+// pad a cut file's missing rows, so without this check a header alone could
+// make it decode an image of any size.
+constexpr int64_t kPixelsPerByte = 1024;
+// Progressive files take about ten scans, and libjpeg passes over the whole
+// image for each: a file of a few bytes per scan could keep it busy for a
+// time out of all proportion to its size.
+constexpr int kMaxScans = 100;
 
 // libjpeg's own text and stream (standard error), through the library's
 // diagnostics so that a program's handler sees it.
@@ -45,12 +57,22 @@ void print_message(j_common_ptr cinfo) {
     std::longjmp(*static_cast<jmp_buf *>(cinfo->client_data), 1);
 }
 
-void create_decoder(FILE *file) {
+// Called by libjpeg as it works through each scan.
+void refuse_endless_scans(j_common_ptr) {
+    if (decoder.input_scan_number <= kMaxScans) return;
+    fbc::log_err("jpeg: file(%s) has more than %d scans\n", decoder_file, kMaxScans);
+    std::longjmp(decoder_jump, 1);
+}
+
+void create_decoder(FILE *file, const char *filename) {
     decoder.err = jpeg_std_error(&decoder_errors);
     decoder_errors.error_exit = jump_on_error;
     decoder_errors.output_message = print_message;
     decoder.client_data = &decoder_jump;
     jpeg_create_decompress(&decoder);
+    decoder_file = filename;
+    decoder_progress.progress_monitor = refuse_endless_scans;
+    decoder.progress = &decoder_progress;
     jpeg_stdio_src(&decoder, file);
 }
 
@@ -66,7 +88,7 @@ int jpeg_load_info(xc_image *image, const char *filename) {
     if (!file) return -1;
     volatile int result = -1;
     if (setjmp(decoder_jump) == 0) {
-        create_decoder(file);
+        create_decoder(file, filename);
         // Accepted from here on: a stream libjpeg rejects surfaces when the
         // pixels are loaded, with the size left as it was.
         result = 1;
@@ -150,11 +172,13 @@ int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
         jpeg_destroy_decompress(&decoder);
         return -1;
     }
-    create_decoder(file);
+    create_decoder(file, filename);
     jpeg_read_header(&decoder, TRUE);
     fixed_decoder_settings();
     jpeg_calc_output_dimensions(&decoder);
-    if (!image_size_fits("jpeg", filename, decoder.output_width, decoder.output_height)) {
+    if (!image_size_fits("jpeg", filename, decoder.output_width, decoder.output_height) ||
+        !image_fits_file("jpeg", filename, decoder.output_width, decoder.output_height,
+                         bytes_after(file, 0), kPixelsPerByte)) {
         jpeg_destroy_decompress(&decoder);
         return -1;
     }

@@ -17,12 +17,20 @@
 #include "core/pixel_format.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
 
+// zlib inflates at most 1032 bytes from one, and a byte of 1-bit pixels
+// holds 8: no PNG holds more than about 8300 pixels per byte of file.
+constexpr int64_t kPixelsPerByte = 16384;
+
 struct PngReadSession {
     FILE *file = nullptr;
+    // From the PNG's start to the end of its file (in an archive, other
+    // files may follow: an upper bound is enough).
+    int64_t bytes = 0;
     png_structp png = nullptr;
     png_infop info = nullptr;
     png_bytep *rows = nullptr;
@@ -100,6 +108,7 @@ int read_png(xc_image *image, const char *filename, PngReadSession *s, bool info
         image->format = pixel_format::kRgb;
     }
     if (info_only) return alpha;
+    if (!image_fits_file("png", filename, width, height, s->bytes, kPixelsPerByte)) return -1;
 
     request_bgra(s->png, s->info, color_type, bit_depth);
     image->rowstride = image->width * 4;
@@ -134,6 +143,7 @@ int load_png(xc_image *image, const char *filename, bool info_only) {
         std::fclose(s.file);
         return -1;
     }
+    s.bytes = bytes_after(s.file, offset);
     s.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, report_error, report_warning);
     if (s.png) s.info = png_create_info_struct(s.png);
     const int result = s.info ? read_png(image, filename, &s, info_only) : -1;

@@ -6,10 +6,10 @@
 
 #include "core/log.hpp"
 #include "core/pixel_format.hpp"
-#include "core/size_check.hpp"
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
+#include "loaders/decode_limits.hpp"
 
 namespace fbc {
 namespace {
@@ -17,6 +17,10 @@ namespace {
 constexpr uint32_t kWhite = 0xFFFFFFFFu;
 constexpr uint32_t kBlack = 0xFF000000u;
 constexpr uint8_t kBitMask[8] = {0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01};
+// A whole file holds 8 pixels a byte. A cut one loads with its missing
+// rows white, as long as it holds at least an eighth of its rows: a file of
+// a few bytes declaring a huge image describes nothing.
+constexpr int64_t kPixelsPerByte = 64;
 
 // Seven value bits per byte, most significant group first; a clear bit 7
 // ends the number. A number cut by the end of the file keeps what it has.
@@ -82,7 +86,10 @@ int wbmp_load_data(xc_image *image, const char *filename) {
     const WbmpHeader header = read_header(in);
     image->width = header.width;
     image->height = header.height;
-    if (!image_size_fits("wbmp", filename, header.width, header.height)) return -1;
+    if (!image_size_fits("wbmp", filename, header.width, header.height) ||
+        !image_fits_file("wbmp", filename, header.width, header.height,
+                         static_cast<int64_t>(in.remaining()), kPixelsPerByte))
+        return -1;
     // An empty image has no pixel block at all.
     if (header.width == 0 || header.height == 0) return -1;
     image->rowstride = header.width * 4;

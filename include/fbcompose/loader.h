@@ -73,6 +73,20 @@ FBC_API int xc_image_next_frame(xc_image *image, int32_t *delay, int32_t *x,
                                 int32_t *y, int32_t *w, int32_t *h);
 FBC_API int xc_image_get_delay(xc_image *image);
 
+/* Sets the largest image, in pixels (width x height), that the built-in
+ * loaders decode, and returns the limit in force before the call. Above it
+ * xc_image_new_from_file returns NULL and xc_image_load_data fails, each
+ * after a line on standard error naming the file, the image's size and the
+ * limit. 0 means no limit; a negative value changes nothing, so
+ * xc_image_set_decode_limit(-1) reads the limit. The default is 64 x 1024 x
+ * 1024 pixels (8192 x 8192, 256 MiB of 32-bit pixels). Process-wide, like
+ * the cache limits. Whatever the limit, the built-in loaders also refuse a
+ * file whose header declares far more pixels than its bytes can hold (the
+ * density depends on the format; images up to 1024 x 1024 pixels are never
+ * refused for it), and sizes whose pixels would not fit 2 GiB. Loader
+ * modules may apply the limit themselves by reading it. */
+FBC_API int64_t xc_image_set_decode_limit(int64_t pixels);
+
 /* The archive img.ar of the path's directory: returns the archive's path
  * (owned by the library) and stores the entry's data offset, or returns
  * NULL and stores 0. The first lookup in a directory without a usable

@@ -53,7 +53,7 @@ TEST_F(BmpCodec, FilesDecodeExactlyOrAreRefusedWithTheirReason) {
         {"RLE top-down", {1, -1, 8, kRle8, {}, {0}, {0, 1}}, {}, "is not a BMP image"},
         {"unknown compression", {1, 1, 8, 9, {}, {0}, {0, 0, 0, 0}}, {}, "is not a BMP image"},
         {"cut pixels", {4, 4, 24, kRgb, {}, {}, std::vector<uint8_t>(40)}, {}, "is cut inside its pixels"},
-        // Run-length data needs no bytes per pixel: only the size check stops it.
+        // A size the device cannot address is refused before anything else.
         {"huge RLE", {30000, 30000, 8, kRle8, {}, {0}, {0, 1}}, {}, "has unusable size 30000x30000"},
     };
     for (const auto &c : cases) {

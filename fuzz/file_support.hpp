@@ -1,0 +1,80 @@
+// What the file-reading targets share: a scratch folder on a memory file
+// system for the input (the decoders read files by name), and loading an
+// image the way a program does, reading every pixel of every frame.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "fuzz_support.hpp"
+
+namespace fuzz {
+
+// Silence, and a decode limit of 2 Mi pixels instead of 64 Mi: an input
+// may still make 8 MiB images, above the size (1 Mi pixels) from which the
+// decoders check headers against their files, but each run stays fast.
+inline void prepare_file_target() {
+    silence();
+    xc_image_set_decode_limit(int64_t{1} << 18);
+}
+
+// A folder of this process's own, in /dev/shm when there is one (no disk
+// writes per input), removed when the process exits normally.
+inline const std::string &scratch_dir() {
+    // Never destroyed: the clean-up at exit still needs it.
+    static const std::string *dir = [] {
+        const char *tmp = std::getenv("TMPDIR");
+        std::string base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : tmp ? tmp : "/tmp";
+        auto *made = new std::string(base + "/fbc-fuzz-XXXXXX");
+        if (!mkdtemp(made->data())) std::abort();
+        return made;
+    }();
+    static const bool cleaned_at_exit = std::atexit([] { std::filesystem::remove_all(*dir); }) == 0;
+    (void)cleaned_at_exit;
+    return *dir;
+}
+
+// Writes the input as the file `name` of the scratch folder; returns its path.
+inline std::string write_scratch(const char *name, const uint8_t *data, size_t size) {
+    const std::string path = scratch_dir() + "/" + name;
+    FILE *file = std::fopen(path.c_str(), "wb");
+    if (!file || std::fwrite(data, 1, size, file) != size || std::fclose(file) != 0) std::abort();
+    return path;
+}
+
+// Where touch_pixels leaves its sum, so that the reads are not optimised away.
+inline volatile uint32_t touched_sum = 0;
+
+// Reads every pixel, so that the sanitizers see any pixel the decoder left
+// unallocated; decoded images have 32-bit pixels whatever their depth says.
+inline void touch_pixels(const xc_image *image) {
+    if (!image->data) return;
+    uint32_t sum = 0;
+    for (int32_t y = 0; y < image->height; ++y) {
+        const auto *row = reinterpret_cast<const uint32_t *>(image->data + static_cast<size_t>(y) *
+                                                                               static_cast<size_t>(image->rowstride));
+        for (int32_t x = 0; x < image->width; ++x) sum += row[x];
+    }
+    touched_sum = sum;
+}
+
+// Information, pixels, then every frame of an animation up to the point it
+// starts again; each changed area must lie on the image.
+inline void load_every_frame(const std::string &path) {
+    xc_image *image = xc_image_new_from_file(path.c_str());
+    if (!image) return;
+    if (xc_image_load_data(image) >= 0) touch_pixels(image);
+    xc_image_get_delay(image);
+    int32_t delay, x, y, w, h;
+    for (int last = 0, frame; (frame = xc_image_next_frame(image, &delay, &x, &y, &w, &h)) > last; last = frame) {
+        if (x < 0 || y < 0 || w < 0 || h < 0 || x > image->width - w || y > image->height - h) std::abort();
+        touch_pixels(image);
+    }
+    xc_image_unref(image);
+}
+
+}  // namespace fuzz

@@ -1,0 +1,189 @@
+// What the decoders refuse before allocating: images above the program's
+// decode limit, and headers declaring more pixels than the file can hold.
+#include <zlib.h>
+
+#include <cstdio>
+// jpeglib.h needs FILE and size_t declared before it.
+#include <jpeglib.h>
+
+#include "fbcompose/log.h"
+
+#include "loader_test_support.hpp"
+
+namespace {
+
+// Every diagnostic, as the program's handler sees it.
+std::string logged;
+void keep(const char *text, int, void *) { logged += text; }
+
+// A corpus file with bytes replaced at `at`, then padded with zeros (or
+// cut) to `size` bytes when given.
+std::vector<uint8_t> patched(const std::string &file, size_t at, const std::vector<uint8_t> &bytes, size_t size = 0) {
+    std::vector<uint8_t> out = fbc_test::file_bytes(std::string(FBC_CORPUS_DIR) + "/" + file);
+    std::copy(bytes.begin(), bytes.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
+    if (size) out.resize(size);
+    return out;
+}
+
+// basn0g08.png as width x height, its header's CRC made right again.
+std::vector<uint8_t> png_sized(uint8_t w_hi, uint8_t h_hi) {
+    std::vector<uint8_t> out = patched("png/pngsuite/basn0g08.png", 16, {0, 0, w_hi, 0, 0, 0, h_hi, 0});
+    const uLong crc = crc32(0, out.data() + 12, 17);
+    for (int i = 0; i < 4; ++i) out[29 + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
+    return out;
+}
+
+std::vector<uint8_t> wbmp_2048x1024(size_t row_bytes) {
+    const uint8_t header[] = {0, 0, 0x90, 0x00, 0x88, 0x00};
+    std::vector<uint8_t> out(sizeof header + row_bytes, 0x55);
+    std::copy(std::begin(header), std::end(header), out.begin());
+    return out;
+}
+
+// An 8 x 8 grey progressive JPEG of `scans` scans (65 or more): the DC
+// scan, each AC coefficient but its last bit in a scan of its own, then
+// that bit for the first (scans - 64) of them.
+void write_progressive_jpeg(const std::string &file, int scans) {
+    std::vector<jpeg_scan_info> script(static_cast<size_t>(scans));
+    for (int i = 0; i < scans; ++i) {
+        const int k = i < 64 ? i : i - 63;
+        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0}, k, k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
+    }
+    jpeg_compress_struct cinfo;
+    jpeg_error_mgr errors;
+    cinfo.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&cinfo);
+    FILE *out = std::fopen(file.c_str(), "wb");
+    jpeg_stdio_dest(&cinfo, out);
+    cinfo.image_width = cinfo.image_height = 8;
+    cinfo.input_components = 1;
+    cinfo.in_color_space = JCS_GRAYSCALE;
+    jpeg_set_defaults(&cinfo);
+    cinfo.scan_info = script.data();
+    cinfo.num_scans = scans;
+    jpeg_start_compress(&cinfo, TRUE);
+    JSAMPLE grey[64];
+    for (int i = 0; i < 64; ++i) grey[i] = static_cast<JSAMPLE>(i * 4);
+    for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8) jpeg_write_scanlines(&cinfo, &row, 1);
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    std::fclose(out);
+}
+
+class DecodeLimits : public fbc_test::ScratchDir {
+protected:
+    void SetUp() override {
+        ScratchDir::SetUp();
+        logged.clear();
+        xc_set_log_func(keep, nullptr);
+    }
+    void TearDown() override {
+        xc_set_log_func(nullptr, nullptr);
+        ScratchDir::TearDown();
+    }
+};
+
+TEST_F(DecodeLimits, SetterReturnsThePreviousLimitAndANegativeValueOnlyReadsIt) {
+    EXPECT_EQ(xc_image_set_decode_limit(100), int64_t{64} << 20);
+    EXPECT_EQ(xc_image_set_decode_limit(-1), 100);
+    EXPECT_EQ(xc_image_set_decode_limit(0), 100);
+    EXPECT_EQ(xc_image_set_decode_limit(INT64_MIN), 0);
+    EXPECT_EQ(xc_image_set_decode_limit(-1), 0);
+}
+
+// At the limit an image loads. One pixel below it, the pixels of an image
+// already known do not load, and an unknown image is refused at once.
+TEST_F(DecodeLimits, EveryCodecRefusesImagesAboveTheLimitNamingTheFileAndBothSizes) {
+    const std::tuple<std::string, int32_t, int32_t> files[] = {
+        {"png/pngsuite/basn0g08.png", 32, 32},
+        {"jpeg/wuffs/peacock.default.jpeg", 100, 75},
+        {"gif/giflib/treescap.gif", 40, 40},
+        {"bmp/bmpsuite/g/pal8rle.bmp", 127, 64},
+        {"wbmp/generated/checker-128x16.wbmp", 128, 16}};
+    for (const auto &[file, width, height] : files) {
+        SCOPED_TRACE(file);
+        const std::string name = std::string(FBC_CORPUS_DIR) + "/" + file;
+        const int64_t pixels = int64_t{width} * height;
+        const std::string refusal = "file(" + name + ") is " + std::to_string(width) + "x" + std::to_string(height) +
+                                    ", " + std::to_string(pixels) + " pixels, above the decode limit of " +
+                                    std::to_string(pixels - 1) + " pixels\n";
+        xc_image_set_decode_limit(pixels);
+        xc_image *image = xc_image_new_from_file(name.c_str());
+        ASSERT_NE(image, nullptr);
+        xc_image_set_decode_limit(pixels - 1);
+        logged.clear();
+        EXPECT_LT(xc_image_load_data(image), 0);
+        EXPECT_EQ(image->data, nullptr);
+        EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
+        xc_image_set_decode_limit(pixels);
+        EXPECT_GE(xc_image_load_data(image), 0);
+        xc_image_unref(image);
+        xc_image_set_decode_limit(pixels - 1);
+        logged.clear();
+        EXPECT_EQ(xc_image_new_from_file(name.c_str()), nullptr);
+        EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
+    }
+}
+
+// With no limit at all, a header still cannot claim more than its file holds.
+// Images up to 1024 x 1024 pass whatever their file: a cut WBMP loads white.
+TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeAllocating) {
+    xc_image_set_decode_limit(0);
+    const struct {
+        const char *name;
+        std::vector<uint8_t> bytes;
+        const char *refusal;  // null: loads
+    } rows[] = {
+        {"a.png", png_sized(0x10, 0x10), "png: file(%) declares 4096x4096 pixels, more than its 138 bytes"},
+        {"b.jpg", patched("jpeg/wuffs/peacock.default.jpeg", 163, {0x10, 0, 0x10, 0}),
+         "jpeg: file(%) declares 4096x4096 pixels, more than its 2305 bytes"},
+        {"c.gif", patched("gif/giflib/treescap.gif", 6, {0, 0x10, 0, 0x10}),
+         "gif: file(%) declares 4096x4096 pixels, more than its 407 bytes"},
+        // 256 pixels per run-length byte (pal8rle.bmp's start at 1062): 8192
+        // bytes describe 2048 x 1024, 100 bytes only what needs no proportion.
+        {"d.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 8, 0, 0, 0, 4}, 1062 + 8191),
+         "bmp: file(%) declares 2048x1024 pixels, more than its 8191 bytes"},
+        {"e.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 8, 0, 0, 0, 4}, 1062 + 8192), nullptr},
+        {"f.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 4, 0, 0, 0, 4}, 1062 + 100), nullptr},
+        {"g.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {1, 4, 0, 0, 0, 4}, 1062 + 100),
+         "bmp: file(%) declares 1025x1024 pixels, more than its 100 bytes"},
+        // A WBMP must hold an eighth of its rows.
+        {"h.wbmp", wbmp_2048x1024(32767), "wbmp: file(%) declares 2048x1024 pixels, more than its 32767 bytes"},
+        {"i.wbmp", wbmp_2048x1024(32768), nullptr},
+        {"j.wbmp", wbmp_2048x1024(0), "wbmp: file(%) declares 2048x1024 pixels, more than its 0 bytes"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string name = write(row.name, row.bytes);
+        logged.clear();
+        xc_image *image = xc_image_new_from_file(name.c_str());
+        ASSERT_NE(image, nullptr) << logged;
+        const int loaded = xc_image_load_data(image);
+        if (row.refusal) {
+            std::string refusal = row.refusal;
+            refusal.replace(refusal.find('%'), 1, name);
+            EXPECT_EQ(std::make_pair(loaded, image->data), std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
+            EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
+        } else {
+            EXPECT_EQ(loaded, 0) << logged;
+        }
+        xc_image_unref(image);
+    }
+}
+
+// libjpeg passes over the whole image for each scan: a hundred is plenty.
+TEST_F(DecodeLimits, JpegFilesOfMoreThanAHundredScansAreRefused) {
+    for (const int scans : {100, 101}) {
+        const std::string name = path(std::to_string(scans) + ".jpg");
+        write_progressive_jpeg(name, scans);
+        xc_image *image = xc_image_new_from_file(name.c_str());
+        ASSERT_NE(image, nullptr);
+        logged.clear();
+        EXPECT_EQ(xc_image_load_data(image), scans <= 100 ? 1 : -1);
+        EXPECT_EQ(logged.find("jpeg: file(" + name + ") has more than 100 scans\n") != std::string::npos, scans > 100)
+            << logged;
+        xc_image_unref(image);
+    }
+}
+
+}  // namespace
