@@ -17,6 +17,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -93,25 +94,38 @@ using Kernel = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_
 // the whole canvas in one call, as for one damaged rectangle the panel's size.
 std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color, Content &c) {
     const auto *s32 = static_cast<const uint32_t *>(source(c, src));
-    const auto *s16 = c.src16.get();
+    const uint16_t *s16 = c.src16.get();
     uint32_t *d32 = c.dst.get();
     uint16_t *d16 = c.dst16.get();
     const uint8_t *cov = c.cov.get();
     const uint32_t *tex = c.tex.get();
-    return [=] {
-        for (int y = 0; y < (std::holds_alternative<xc_convert_func>(k) ? 1 : kHeight); ++y) {
-            const size_t row = size_t(y) * kWidth;
-            void *d = dst16 ? static_cast<void *>(d16 + row) : d32 + row;
-            const void *sp = src == Src::k565 ? static_cast<const void *>(s16 + row) : s32 + row;
-            if (auto *f = std::get_if<xc_fill_func>(&k)) (*f)(color, d, kWidth);
-            if (auto *f = std::get_if<xc_draw_func>(&k)) (*f)(sp, d, kWidth, color);
-            if (auto *f = std::get_if<xc_alpha_func>(&k)) (*f)(cov + row, d, kWidth, color);
-            if (auto *f = std::get_if<xc_alpha_texture_func>(&k))
-                (*f)(cov + row, d, kWidth, tex + row);
-            if (auto *f = std::get_if<xc_convert_func>(&k))
-                (*f)(sp, d, 0, 0, kWidth, kHeight, 0, 0);
-        }
+    // Row y's source and destination.
+    const auto in = [=](int y) -> const void * {
+        return src == Src::k565 ? static_cast<const void *>(s16 + y * kWidth) : s32 + y * kWidth;
     };
+    const auto out = [=](int y) -> void * {
+        return dst16 ? static_cast<void *>(d16 + y * kWidth) : d32 + y * kWidth;
+    };
+    return std::visit(
+        [=](auto f) -> std::function<void()> {
+            using F = decltype(f);
+            if constexpr (std::is_same_v<F, xc_fill_func>)
+                return [=] { for (int y = 0; y < kHeight; ++y) f(color, out(y), kWidth); };
+            else if constexpr (std::is_same_v<F, xc_draw_func>)
+                return [=] { for (int y = 0; y < kHeight; ++y) f(in(y), out(y), kWidth, color); };
+            else if constexpr (std::is_same_v<F, xc_alpha_func>)
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y) f(cov + y * kWidth, out(y), kWidth, color);
+                };
+            else if constexpr (std::is_same_v<F, xc_alpha_texture_func>)
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y)
+                        f(cov + y * kWidth, out(y), kWidth, tex + y * kWidth);
+                };
+            else
+                return [=] { f(in(0), out(0), 0, 0, kWidth, kHeight, 0, 0); };
+        },
+        k);
 }
 
 // What stands in for the reference on this CPU: its row's pick.
