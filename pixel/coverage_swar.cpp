@@ -23,13 +23,13 @@ constexpr uint32_t coverage_scale(uint32_t color) {
 // kept in rgb runs, ((d.alpha x inv) >> 8) + a in rgba runs.
 template <bool KeepAlpha>
 inline uint32_t covered(uint32_t d, uint32_t color, uint32_t cov, uint32_t a) {
-    const uint32_t inv = 255 - a;
-    const uint32_t br = (((d & kLanes) * inv + (color & kLanes) * cov) >> 8) & kLanes;
+    const uint32_t m = lanes_mask(), inv = 255 - a;
+    const uint32_t br = (((d & m) * inv + (color & m) * cov) >> 8) & m;
     const uint32_t green = ((color >> 8) & 0xFFu) * cov;
     if constexpr (KeepAlpha)
         return br | ((((d >> 8) & 0xFFu) * inv + green) & 0xFF00u) | (d & kAlphaMask);
     else
-        return br | ((((d >> 8) & kLanes) * inv + green + (a << 24)) & ~kLanes);
+        return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
 }
 
 // One pixel of a colour known to be premultiplied: a = 0 leaves the

@@ -25,34 +25,37 @@ struct Tint {
 
 template <bool KeepAlpha, bool White>
 inline uint32_t modulated(uint32_t s, uint32_t d, uint32_t a, const Tint &k) {
-    const uint32_t inv = 255 - a;
-    uint32_t br = (d & kLanes) * inv, green;
+    const uint32_t m = lanes_mask(), inv = 255 - a;
+    uint32_t br = (d & m) * inv, green;
     if constexpr (White) {
-        br += (s & kLanes) * k.ca;
+        br += (s & m) * k.ca;
         green = ((s >> 8) & 0xFFu) * k.ca;
     } else {
         br += (channel(s, 0) * k.blue) >> 8;
         br += ((channel(s, 16) * k.red) >> 8) << 16;
         green = (channel(s, 8) * k.green) >> 8;
     }
-    br = (br >> 8) & kLanes;
+    br = (br >> 8) & m;
     if constexpr (KeepAlpha)
         return br | ((((d >> 8) & 0xFFu) * inv + green) & 0xFF00u) | (d & kAlphaMask);
     else
-        return br | ((((d >> 8) & kLanes) * inv + green + (a << 24)) & ~kLanes);
+        return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
 }
 
+// The reference takes the pixels the lanes cannot; the call stays outside
+// the inner loop, whose registers it would otherwise clobber.
 template <bool SrcAlpha, bool KeepAlpha, bool White>
 void modulate_run(const uint32_t *s, uint32_t *d, int32_t count, uint32_t color) {
     const Tint k(color);
     for (int32_t i = 0; i < count; ++i) {
-        const uint32_t a = SrcAlpha ? (alpha_of(s[i]) * k.ca) >> 8 : k.ca;
-        if (SrcAlpha && !low_lanes_fit(s[i])) {
-            if (KeepAlpha) xc_blend_pixels_mul_color_rgba_to_rgb(s + i, d + i, 1, color);
-            else xc_blend_pixels_mul_color_rgba_to_rgba(s + i, d + i, 1, color);
-            continue;
+        for (; i < count; ++i) {
+            const uint32_t a = SrcAlpha ? (alpha_of(s[i]) * k.ca) >> 8 : k.ca;
+            if (SrcAlpha && !low_lanes_fit(s[i])) break;
+            d[i] = modulated<KeepAlpha, White>(s[i], d[i], a, k);
         }
-        d[i] = modulated<KeepAlpha, White>(s[i], d[i], a, k);
+        if (i == count) break;
+        if (KeepAlpha) xc_blend_pixels_mul_color_rgba_to_rgb(s + i, d + i, 1, color);
+        else xc_blend_pixels_mul_color_rgba_to_rgba(s + i, d + i, 1, color);
     }
 }
 

@@ -44,6 +44,23 @@ inline void store_word(T *p, uint32_t w) {
 
 inline constexpr uint32_t kLanes = 0x00FF00FFu;
 
+// kLanes in a register. Knowing the value, GCC turns "(x & kLanes) << 8"
+// into "(x << 8) & 0xFF00FF00" and loads that second constant from memory
+// for every pixel on ARM, which has no immediate for either.
+inline uint32_t lanes_mask() {
+    uint32_t m = kLanes;
+    asm("" : "+r"(m));
+    return m;
+}
+
+// ((d x inv) >> 8) + s for all four bytes, truncated, as add_faded, with
+// the lane mask `m` held in a register.
+inline uint32_t add_faded(uint32_t s, uint32_t d, uint32_t inv, uint32_t m) {
+    const uint32_t br = ((((d & m) * inv) >> 8) & m) + (s & m);
+    const uint32_t ga = ((((d >> 8) & m) * inv) >> 8 & m) + ((s >> 8) & m);
+    return (br & m) | (ga & m) << 8;
+}
+
 // Blue, green and red each at most alpha. Then a blend's two-lane sums
 // c x k + d x (255 - a), where a is about alpha x k / 256, stay below 2^16
 // and no lane carries into the next: the lanes give the reference's bytes.
