@@ -1,39 +1,66 @@
-// Source over onto rgba runs in plain C++, four pixels at a time: one OR of
-// the four source words finds a group with nothing to draw, one AND a group
-// that is stored as it is, and mixed groups go pixel by pixel, writing only
-// the pixels that change. Blending keeps the reference's two channels per
+// Source over in plain C++, in aligned groups of four source pixels: one OR
+// of the four words finds a group with nothing to draw, one AND a group that
+// is stored as it is, and mixed groups go pixel by pixel, writing only the
+// pixels that change. Blending keeps the reference's two channels per
 // 32-bit multiply (add_faded). The reference reads and writes every
 // destination pixel; here the transparent runs of artwork and glyphs cost
 // one load per source pixel and nothing else.
-#include "pixel/channel.hpp"
+#include "pixel/swar.hpp"
 #include "pixel/variants.hpp"
 
 namespace fbc::px::swar {
 namespace {
 
-inline void over_changed(uint32_t s, uint32_t &d) {
-    if (alpha_of(s) != 0) d = over<false>(s, d);
+// a = 0 leaves the destination unread; a = 255 stores the source word.
+template <bool KeepAlpha>
+inline void over_changed(uint32_t s, uint32_t *d, uint32_t m) {
+    const uint32_t a = alpha_of(s);
+    if (a == 0) return;
+    if (a == 255) {
+        *d = s;
+        return;
+    }
+    if constexpr (KeepAlpha) {
+        // Blue and red as in add_faded; green alone, beside the kept alpha.
+        const uint32_t inv = 255 - a, dst = *d;
+        const uint32_t br = (((((dst & m) * inv) >> 8) & m) + (s & m)) & m;
+        const uint32_t g = ((((dst >> 8) & m) * inv) >> 8) + ((s >> 8) & m);
+        // (g << 24) >> 16 rather than (g & 0xFF) << 8, which GCC turns into a
+        // mask that ARM loads from memory.
+        *d = br | (g << 24) >> 16 | (dst & kAlphaMask);
+    } else {
+        *d = add_faded(s, *d, 255 - a, m);
+    }
+}
+
+template <bool KeepAlpha>
+void over_run(const uint32_t *s, uint32_t *d, int32_t count) {
+    const Groups g = aligned_groups(s, count);
+    const uint32_t m = lanes_mask();
+    for (int32_t i = 0; i < g.head; ++i) over_changed<KeepAlpha>(*s++, d++, m);
+    for (int32_t n = g.groups; n > 0; --n, s += 4, d += 4) {
+        const uint32_t s0 = s[0], s1 = s[1], s2 = s[2], s3 = s[3];
+        if (((s0 | s1 | s2 | s3) & kAlphaMask) == 0) continue;
+        if ((s0 & s1 & s2 & s3) >= kAlphaMask) {
+            d[0] = s0, d[1] = s1, d[2] = s2, d[3] = s3;
+            continue;
+        }
+        over_changed<KeepAlpha>(s0, d, m);
+        over_changed<KeepAlpha>(s1, d + 1, m);
+        over_changed<KeepAlpha>(s2, d + 2, m);
+        over_changed<KeepAlpha>(s3, d + 3, m);
+    }
+    for (int32_t i = 0; i < g.tail; ++i) over_changed<KeepAlpha>(*s++, d++, m);
 }
 
 }  // namespace
 
+void blend_pixels_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t) {
+    over_run<true>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst), count);
+}
+
 void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t) {
-    const auto *s = static_cast<const uint32_t *>(src);
-    auto *d = static_cast<uint32_t *>(dst);
-    int32_t i = 0;
-    for (; count - i >= 4; i += 4) {
-        const uint32_t s0 = s[i], s1 = s[i + 1], s2 = s[i + 2], s3 = s[i + 3];
-        if (((s0 | s1 | s2 | s3) & kAlphaMask) == 0) continue;
-        if ((s0 & s1 & s2 & s3) >= kAlphaMask) {
-            d[i] = s0, d[i + 1] = s1, d[i + 2] = s2, d[i + 3] = s3;
-            continue;
-        }
-        over_changed(s0, d[i]);
-        over_changed(s1, d[i + 1]);
-        over_changed(s2, d[i + 2]);
-        over_changed(s3, d[i + 3]);
-    }
-    for (; i < count; ++i) over_changed(s[i], d[i]);
+    over_run<false>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst), count);
 }
 
 }  // namespace fbc::px::swar

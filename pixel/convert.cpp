@@ -7,13 +7,10 @@
 #include "core/log.hpp"
 #include "fbcompose/pixel.h"
 #include "pixel/channel.hpp"
+#include "pixel/convert.hpp"
 
 namespace fbc::px {
 namespace {
-
-// 4x4 Bayer matrix; the row is picked by output x, the column by output y.
-constexpr uint8_t kBayer[4][4] = {
-    {0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 // Rounds up whenever the dropped bits reach the threshold, threshold 0
 // included: the upward bias is the panel's tuned look; a full field stays full.
@@ -47,27 +44,6 @@ struct Word {
     using Out = uint32_t;
     static Out pixel(uint32_t w, uint32_t) { return w; }
 };
-
-// Output pixel (i, j) reads origin[i x along + j x across]; the output is
-// out_width x out_height.
-struct Walk {
-    const uint32_t *origin;
-    ptrdiff_t along, across;
-    int32_t out_width, out_height;
-};
-
-// Only for width and height of at least 1.
-Walk walk(const void *src, int32_t src_skip, int32_t width, int32_t height, int rotation) {
-    const auto *s = static_cast<const uint32_t *>(src);
-    const ptrdiff_t stride = ptrdiff_t{width} + src_skip;
-    switch (rotation) {
-        // out(i, j) = src(j, height - 1 - i)
-        case 90: return {s + (height - 1) * stride, -stride, 1, height, width};
-        // out(i, j) = src(width - 1 - j, i)
-        case 270: return {s + (width - 1), stride, -1, height, width};
-        default: return {s, 1, stride, width, height};
-    }
-}
 
 template <class Format, int Rotation>
 void convert(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t width,

@@ -23,13 +23,49 @@
 #define FBC_VARIANT(isa, chosen_on, kernel) {#kernel, Isa::isa, kernel, Isa::chosen_on},
 
 #if FBC_SIMD
-// Plain C++ that groups four pixels per test and writes only the pixels
-// that change. It runs anywhere, so the host tests it too, but is picked
-// only on the device: the host's compiler vectorises the reference, which
-// beats it there.
+// Plain C++ for a CPU without a vector unit: two channels per multiply,
+// aligned groups of four pixels tested at once, RGB565 two pixels to a
+// word. It runs anywhere, so the host tests it too, but is picked only on
+// the device: the host's compiler vectorises the references, which beat it
+// there.
 #define FBC_SWAR(kernel) FBC_VARIANT(kPortable, kArmv5te, kernel)
 namespace fbc::px::swar {
+void blend_color_rgba_to_rgb(uint32_t color, void *dst, int32_t count);
+void blend_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);
+void blend_pixels_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
 void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
+void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
+void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t color);
+void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
+void blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count, uint32_t color);
+void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count, uint32_t color);
+void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,
+                                     const uint32_t *tex);
+void blend_alpha_texture_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,
+                                      const uint32_t *tex);
+void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,
+                                        uint32_t color);
+void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,
+                                         uint32_t color);
+void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
+void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,
+                                        uint32_t color);
+void convert_rgba_to_16(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                        int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_16_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                           int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_16_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_18(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                        int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_18_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                           int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_18_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_32_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                           int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
+void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
+                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
 }  // namespace fbc::px::swar
 #else
 #define FBC_SWAR(kernel)

@@ -1,0 +1,334 @@
+// One span primitive or converter, or pixman doing the same job, run a
+// given number of times over 800x480 buffers: the program that count.sh
+// runs under qemu-arm with the instruction-counting plugin. Everything
+// before the timed loop is the same for every iteration count, so the
+// difference of two counts is the work alone.
+//
+//   device_count list                          one line per operation: its name, then pixman's jobs
+//   device_count OP SIDE CONTENT ITERATIONS    SIDE: ours, reference or pixman:N (N-th job)
+//                                              CONTENT: icon or random
+#include <pixman.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "fbcompose/pixel.h"
+#include "pixel/kernel_table.hpp"
+
+namespace {
+
+constexpr int kWidth = 800, kHeight = 480, kPixels = kWidth * kHeight;
+
+template <class T>
+struct Pixels {
+    explicit Pixels(size_t n)
+        : data(static_cast<T *>(std::aligned_alloc(32, n * sizeof(T))), std::free) {}
+    T *get() const { return data.get(); }
+    T &operator[](size_t i) const { return data.get()[i]; }
+    std::unique_ptr<T, decltype(&std::free)> data;
+};
+
+// The pixels every job reads and writes. Icon-like sources, as artwork and
+// glyph masks have, come in runs of 1 to 32 pixels that are transparent,
+// opaque or partly covered, in equal shares (the host benchmark's content);
+// random ones draw each alpha anew. Colour is premultiplied by alpha.
+struct Content {
+    explicit Content(bool icon) {
+        std::mt19937 rng(1);
+        uint32_t run_left = 0, run_kind = 0;
+        auto alpha = [&]() -> uint32_t {
+            if (!icon) return rng() & 255;
+            if (run_left == 0) run_left = 1 + rng() % 32, run_kind = rng() % 3;
+            --run_left;
+            return run_kind == 0 ? 0u : run_kind == 1 ? 255u : 1 + rng() % 254;
+        };
+        auto premultiplied = [&] {
+            const uint32_t a = alpha();
+            uint32_t word = a << 24;
+            for (int shift = 0; shift < 24; shift += 8) word |= ((rng() & 255) * a >> 8) << shift;
+            return word;
+        };
+        for (size_t i = 0; i < kPixels; ++i) {
+            src[i] = premultiplied();
+            tex[i] = premultiplied();
+            opaque[i] = rng() | 0xFF000000u;
+            dst[i] = rng() | 0xFF000000u;
+            src16[i] = uint16_t(rng());
+            dst16[i] = uint16_t(rng());
+            cov[i] = uint8_t(alpha());
+        }
+    }
+    Pixels<uint32_t> src{kPixels}, tex{kPixels}, opaque{kPixels}, dst{kPixels};
+    Pixels<uint16_t> src16{kPixels}, dst16{kPixels};
+    Pixels<uint8_t> cov{kPixels};
+};
+
+constexpr uint32_t kOpaqueColor = 0xFF336699, kHalfColor = 0x80193350, kHalfWhite = 0x80FFFFFF;
+
+// What the job reads, by pixel kind.
+enum class Src { kNone, kArgb, kOpaque, k565, kTexture };
+
+const void *source(const Content &c, Src s) {
+    switch (s) {
+        case Src::kArgb: return c.src.get();
+        case Src::kOpaque: return c.opaque.get();
+        case Src::k565: return c.src16.get();
+        case Src::kTexture: return c.tex.get();
+        default: return nullptr;
+    }
+}
+
+using Kernel = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func,
+                            xc_convert_func>;
+
+// Ours: one call per row, as the drawing code makes them; a converter takes
+// the whole canvas in one call, as for one damaged rectangle the panel's size.
+std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color, Content &c) {
+    const auto *s32 = static_cast<const uint32_t *>(source(c, src));
+    const uint16_t *s16 = c.src16.get();
+    uint32_t *d32 = c.dst.get();
+    uint16_t *d16 = c.dst16.get();
+    const uint8_t *cov = c.cov.get();
+    const uint32_t *tex = c.tex.get();
+    // Row y's source and destination.
+    const auto in = [=](int y) -> const void * {
+        return src == Src::k565 ? static_cast<const void *>(s16 + y * kWidth) : s32 + y * kWidth;
+    };
+    const auto out = [=](int y) -> void * {
+        return dst16 ? static_cast<void *>(d16 + y * kWidth) : d32 + y * kWidth;
+    };
+    return std::visit(
+        [=](auto f) -> std::function<void()> {
+            using F = decltype(f);
+            if constexpr (std::is_same_v<F, xc_fill_func>)
+                return [=] { for (int y = 0; y < kHeight; ++y) f(color, out(y), kWidth); };
+            else if constexpr (std::is_same_v<F, xc_draw_func>)
+                return [=] { for (int y = 0; y < kHeight; ++y) f(in(y), out(y), kWidth, color); };
+            else if constexpr (std::is_same_v<F, xc_alpha_func>)
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y) f(cov + y * kWidth, out(y), kWidth, color);
+                };
+            else if constexpr (std::is_same_v<F, xc_alpha_texture_func>)
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y)
+                        f(cov + y * kWidth, out(y), kWidth, tex + y * kWidth);
+                };
+            else
+                return [=] { f(in(0), out(0), 0, 0, kWidth, kHeight, 0, 0); };
+        },
+        k);
+}
+
+// What stands in for the reference on this CPU: its row's pick.
+Kernel chosen_for(const Kernel &k) {
+    return std::visit([](auto f) -> Kernel { return fbc::px::chosen(f); }, k);
+}
+
+// pixman's side: images over the same pixels, made before the loop.
+
+enum class Pix { kNone, kArgb, kXrgb, kRgb565, kA8, kSolid, kHalfSolid, kHalfMask };
+
+using Image = std::shared_ptr<pixman_image_t>;
+
+Image image(Content &c, Pix p, Src from, bool is_dst, bool rotated_out) {
+    const auto release = [](pixman_image_t *i) { pixman_image_unref(i); };
+    if (p == Pix::kNone) return nullptr;
+    if (p == Pix::kSolid || p == Pix::kHalfSolid || p == Pix::kHalfMask) {
+        const pixman_color_t color = p == Pix::kSolid       ? pixman_color_t{0x3333, 0x6666, 0x9999, 0xFFFF}
+                                     : p == Pix::kHalfSolid ? pixman_color_t{0x1919, 0x3333, 0x5050, 0x8080}
+                                                            : pixman_color_t{0, 0, 0, 0x8080};
+        return Image(pixman_image_create_solid_fill(&color), release);
+    }
+    const pixman_format_code_t format = p == Pix::kXrgb     ? PIXMAN_x8r8g8b8
+                                        : p == Pix::kRgb565 ? PIXMAN_r5g6b5
+                                        : p == Pix::kA8     ? PIXMAN_a8
+                                                            : PIXMAN_a8r8g8b8;
+    void *bits = p == Pix::kA8 ? static_cast<void *>(c.cov.get())
+                 : is_dst      ? (p == Pix::kRgb565 ? static_cast<void *>(c.dst16.get()) : c.dst.get())
+                               : const_cast<void *>(source(c, from));
+    const int w = rotated_out ? kHeight : kWidth, h = rotated_out ? kWidth : kHeight;
+    const int bpp = PIXMAN_FORMAT_BPP(format) / 8;
+    return Image(pixman_image_create_bits(format, w, h, static_cast<uint32_t *>(bits), w * bpp),
+                 release);
+}
+
+// Nearest sampling turned by 90 or 270 degrees: the source's w x h into h x w.
+void rotate(pixman_image_t *src, int rotation) {
+    const pixman_fixed_t one = pixman_fixed_1;
+    pixman_transform_t t;
+    if (rotation == 90) {  // out(i, j) = src(j, h - 1 - i)
+        t = {{{0, one, 0}, {-one, 0, pixman_int_to_fixed(kHeight)}, {0, 0, one}}};
+    } else {  // out(i, j) = src(w - 1 - j, i)
+        t = {{{0, -one, pixman_int_to_fixed(kWidth)}, {one, 0, 0}, {0, 0, one}}};
+    }
+    pixman_image_set_transform(src, &t);
+    pixman_image_set_filter(src, PIXMAN_FILTER_NEAREST, nullptr, 0);
+}
+
+// A job for pixman, described; made into a run for a content.
+struct Job {
+    std::string name;
+    std::function<std::function<void()>(Content &)> make;
+};
+
+Job composite(std::string name, pixman_op_t op, Pix src, Src from, Pix mask, Pix dst,
+              int rotation = 0) {
+    return {std::move(name), [=](Content &c) -> std::function<void()> {
+                Image s = image(c, src, from, false, false);
+                Image m = image(c, mask, from, false, false);
+                Image d = image(c, dst, from, true, rotation != 0);
+                if (rotation) rotate(s.get(), rotation);
+                const int w = rotation ? kHeight : kWidth, h = rotation ? kWidth : kHeight;
+                return [=] {
+                    pixman_image_composite32(op, s.get(), m.get(), d.get(), 0, 0, 0, 0, 0, 0, w, h);
+                };
+            }};
+}
+
+Job fill(uint32_t color) {
+    return {"pixman_fill", [=](Content &c) -> std::function<void()> {
+                return [&c, color] {
+                    if (!pixman_fill(c.dst.get(), kWidth, 32, 0, 0, kWidth, kHeight, color)) std::abort();
+                };
+            }};
+}
+
+Job blt(int bpp) {
+    return {"pixman_blt", [=](Content &c) -> std::function<void()> {
+                auto *s = static_cast<uint32_t *>(const_cast<void *>(source(c, bpp == 16 ? Src::k565 : Src::kArgb)));
+                auto *d = bpp == 16 ? reinterpret_cast<uint32_t *>(c.dst16.get()) : c.dst.get();
+                const int stride = kWidth * bpp / 32;
+                return [=] {
+                    if (!pixman_blt(s, d, stride, stride, bpp, bpp, 0, 0, 0, 0, kWidth, kHeight))
+                        std::abort();
+                };
+            }};
+}
+
+struct Op {
+    const char *name;
+    Kernel reference;
+    Src src;
+    bool dst16;
+    uint32_t color;
+    std::vector<Job> pixman;  // the same job done by pixman, in each way a user might ask for it
+};
+
+std::vector<Op> ops() {
+    const auto over = PIXMAN_OP_OVER, copy = PIXMAN_OP_SRC;
+    using P = Pix;
+    using S = Src;
+    return {
+        {"copy_color_rgba_to_rgba", xc_copy_color_rgba_to_rgba, S::kNone, false, kOpaqueColor,
+         {fill(kOpaqueColor)}},
+        {"copy_color_rgb_to_rgba", xc_copy_color_rgb_to_rgba, S::kNone, false, kOpaqueColor,
+         {fill(kOpaqueColor)}},
+        {"blend_color_rgba_to_rgb", xc_blend_color_rgba_to_rgb, S::kNone, false, kHalfColor,
+         {composite("OVER solid -> x8r8g8b8", over, P::kHalfSolid, S::kNone, P::kNone, P::kXrgb),
+          composite("OVER solid, solid mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask, P::kXrgb)}},
+        {"blend_color_rgba_to_rgba", xc_blend_color_rgba_to_rgba, S::kNone, false, kHalfColor,
+         {composite("OVER solid -> a8r8g8b8", over, P::kHalfSolid, S::kNone, P::kNone, P::kArgb),
+          composite("OVER solid, solid mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask, P::kArgb)}},
+        {"blend_pixels_rgba_to_rgb", xc_blend_pixels_rgba_to_rgb, S::kArgb, false, 0,
+         {composite("OVER a8r8g8b8 -> x8r8g8b8", over, P::kArgb, S::kArgb, P::kNone, P::kXrgb)}},
+        {"blend_pixels_rgba_to_rgba", xc_blend_pixels_rgba_to_rgba, S::kArgb, false, 0,
+         {composite("OVER a8r8g8b8 -> a8r8g8b8", over, P::kArgb, S::kArgb, P::kNone, P::kArgb)}},
+        {"copy_pixels_rgba_to_rgba", xc_copy_pixels_rgba_to_rgba, S::kArgb, false, 0,
+         {composite("SRC a8r8g8b8 -> a8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kArgb), blt(32)}},
+        {"copy_pixels_rgb_to_rgba", xc_copy_pixels_rgb_to_rgba, S::kOpaque, false, 0,
+         {composite("SRC x8r8g8b8 -> a8r8g8b8", copy, P::kXrgb, S::kOpaque, P::kNone, P::kArgb)}},
+        {"copy_pixels_rgba_to_16", xc_copy_pixels_rgba_to_16, S::kOpaque, true, 0,
+         {composite("SRC x8r8g8b8 -> r5g6b5", copy, P::kXrgb, S::kOpaque, P::kNone, P::kRgb565)}},
+        {"copy_pixels_16_to_rgb", xc_copy_pixels_16_to_rgb, S::k565, false, 0,
+         {composite("SRC r5g6b5 -> x8r8g8b8", copy, P::kRgb565, S::k565, P::kNone, P::kXrgb)}},
+        {"copy_pixels_16_to_16", xc_copy_pixels_16_to_16, S::k565, true, 0,
+         {composite("SRC r5g6b5 -> r5g6b5", copy, P::kRgb565, S::k565, P::kNone, P::kRgb565), blt(16)}},
+        {"blend_alpha_color_rgba_to_rgb", xc_blend_alpha_color_rgba_to_rgb, S::kNone, false, kOpaqueColor,
+         {composite("OVER solid, a8 mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kA8, P::kXrgb)}},
+        {"blend_alpha_color_rgba_to_rgba", xc_blend_alpha_color_rgba_to_rgba, S::kNone, false, kOpaqueColor,
+         {composite("OVER solid, a8 mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kA8, P::kArgb)}},
+        {"blend_alpha_texture_rgba_to_rgb", xc_blend_alpha_texture_rgba_to_rgb, S::kTexture, false, 0,
+         {composite("OVER a8r8g8b8, a8 mask -> x8r8g8b8", over, P::kArgb, S::kTexture, P::kA8, P::kXrgb)}},
+        {"blend_alpha_texture_rgba_to_rgba", xc_blend_alpha_texture_rgba_to_rgba, S::kTexture, false, 0,
+         {composite("OVER a8r8g8b8, a8 mask -> a8r8g8b8", over, P::kArgb, S::kTexture, P::kA8, P::kArgb)}},
+        {"blend_pixels_mul_color_rgba_to_rgb", xc_blend_pixels_mul_color_rgba_to_rgb, S::kArgb, false, kHalfWhite,
+         {composite("OVER a8r8g8b8, solid mask -> x8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask, P::kXrgb)}},
+        {"blend_pixels_mul_color_rgba_to_rgba", xc_blend_pixels_mul_color_rgba_to_rgba, S::kArgb, false, kHalfWhite,
+         {composite("OVER a8r8g8b8, solid mask -> a8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask, P::kArgb)}},
+        {"blend_pixels_mul_color_rgb_to_rgb", xc_blend_pixels_mul_color_rgb_to_rgb, S::kOpaque, false, kHalfColor,
+         {composite("OVER x8r8g8b8, solid mask -> x8r8g8b8", over, P::kXrgb, S::kOpaque, P::kHalfMask, P::kXrgb)}},
+        {"blend_pixels_mul_color_rgb_to_rgba", xc_blend_pixels_mul_color_rgb_to_rgba, S::kOpaque, false, kHalfColor,
+         {composite("OVER x8r8g8b8, solid mask -> a8r8g8b8", over, P::kXrgb, S::kOpaque, P::kHalfMask, P::kArgb)}},
+        // pixman does not dither on its fast paths: the dithering converters
+        // are measured against its plain 565 copy.
+        {"convert_rgba_to_16", xc_convert_rgba_to_16, S::kArgb, true, 0,
+         {composite("SRC a8r8g8b8 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565)}},
+        {"convert_rgba_to_16_90", xc_convert_rgba_to_16_90, S::kArgb, true, 0,
+         {composite("SRC rot 90 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 90)}},
+        {"convert_rgba_to_16_270", xc_convert_rgba_to_16_270, S::kArgb, true, 0,
+         {composite("SRC rot 270 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 270)}},
+        {"convert_rgba_to_18", xc_convert_rgba_to_18, S::kArgb, false, 0, {}},
+        {"convert_rgba_to_18_90", xc_convert_rgba_to_18_90, S::kArgb, false, 0, {}},
+        {"convert_rgba_to_18_270", xc_convert_rgba_to_18_270, S::kArgb, false, 0, {}},
+        {"convert_rgba_to_32", xc_convert_rgba_to_32, S::kArgb, false, 0,
+         {composite("SRC a8r8g8b8 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb), blt(32)}},
+        {"convert_rgba_to_32_90", xc_convert_rgba_to_32_90, S::kArgb, false, 0,
+         {composite("SRC rot 90 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb, 90)}},
+        {"convert_rgba_to_32_270", xc_convert_rgba_to_32_270, S::kArgb, false, 0,
+         {composite("SRC rot 270 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb, 270)}},
+    };
+}
+
+int usage() {
+    std::fprintf(stderr, "usage: device_count list\n"
+                         "       device_count OP ours|reference|pixman:N icon|random ITERATIONS\n");
+    return 2;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const std::vector<Op> list = ops();
+    if (argc == 2 && std::string_view(argv[1]) == "list") {
+        for (const Op &op : list) {
+            std::printf("%s", op.name);
+            for (const Job &job : op.pixman) std::printf("\t%s", job.name.c_str());
+            std::printf("\n");
+        }
+        return 0;
+    }
+    if (argc != 5) return usage();
+    const std::string_view name = argv[1], side = argv[2], content = argv[3];
+    const int iterations = std::atoi(argv[4]);
+    const Op *op = nullptr;
+    for (const Op &o : list)
+        if (name == o.name) op = &o;
+    if (!op || (content != "icon" && content != "random") || iterations < 0) return usage();
+
+    Content c(content == "icon");
+    std::function<void()> run;
+    if (side == "ours") run = ours(chosen_for(op->reference), op->src, op->dst16, op->color, c);
+    else if (side == "reference") run = ours(op->reference, op->src, op->dst16, op->color, c);
+    else if (side.substr(0, 7) == "pixman:") {
+        const size_t job = size_t(std::atoi(argv[2] + 7));
+        if (job >= op->pixman.size()) return usage();
+        run = op->pixman[job].make(c);
+    } else {
+        return usage();
+    }
+    for (int i = 0; i < iterations; ++i) run();
+    // Keeps the stores: the output is read back once.
+    uint32_t sum = 0;
+    for (size_t i = 0; i < kPixels; ++i) sum += c.dst[i] + c.dst16[i];
+    std::printf("%08x\n", unsigned(sum));
+    return 0;
+}
