@@ -6,14 +6,11 @@
 
 #include "core/log.hpp"
 #include "fbcompose/pixel.h"
+#include "pixel/bayer.hpp"
 #include "pixel/channel.hpp"
 
 namespace fbc::px {
 namespace {
-
-// 4x4 Bayer matrix; the row is picked by output x, the column by output y.
-constexpr uint8_t kBayer[4][4] = {
-    {0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 // Rounds up whenever the dropped bits reach the threshold, threshold 0
 // included: the upward bias is the panel's tuned look; a full field stays full.
