@@ -41,8 +41,10 @@ inline Reg zero() { return _mm256_setzero_si256(); }
 inline Reg add8(Reg a, Reg b) { return _mm256_add_epi8(a, b); }
 inline Reg adds8(Reg a, Reg b) { return _mm256_adds_epu8(a, b); }
 inline Reg min8(Reg a, Reg b) { return _mm256_min_epu8(a, b); }
+inline Reg max8(Reg a, Reg b) { return _mm256_max_epu8(a, b); }
 inline Reg eq8(Reg a, Reg b) { return _mm256_cmpeq_epi8(a, b); }
 inline Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
+inline Reg add32(Reg a, Reg b) { return _mm256_add_epi32(a, b); }
 inline Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
 inline Reg mullo16(Reg a, Reg b) { return _mm256_mullo_epi16(a, b); }
 inline Reg mulhi16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
@@ -59,12 +61,21 @@ template <int N> Reg sar32(Reg a) { return _mm256_srai_epi32(a, N); }
 // the matching pair of unpacks.
 inline Reg lo8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
 inline Reg hi8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
+inline Reg lo32(Reg a, Reg b) { return _mm256_unpacklo_epi32(a, b); }
+inline Reg hi32(Reg a, Reg b) { return _mm256_unpackhi_epi32(a, b); }
 inline Reg packus16(Reg lo, Reg hi) { return _mm256_packus_epi16(lo, hi); }
 inline Reg packs16(Reg lo, Reg hi) { return _mm256_packs_epi16(lo, hi); }
 
 // 16-bit lanes: every lane of a pixel takes that pixel's alpha lane.
 inline Reg alpha16(Reg a) {
     return _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF);
+}
+
+// Every byte of a pixel set to its alpha byte.
+inline Reg alpha_bytes(Reg px) {
+    const Reg by_pixel = _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15,  //
+                                          3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
+    return _mm256_shuffle_epi8(px, by_pixel);
 }
 
 // mask ? a : b, byte by byte; mask bytes are 0 or 0xFF.
@@ -135,8 +146,10 @@ inline Reg zero() { return _mm_setzero_si128(); }
 inline Reg add8(Reg a, Reg b) { return _mm_add_epi8(a, b); }
 inline Reg adds8(Reg a, Reg b) { return _mm_adds_epu8(a, b); }
 inline Reg min8(Reg a, Reg b) { return _mm_min_epu8(a, b); }
+inline Reg max8(Reg a, Reg b) { return _mm_max_epu8(a, b); }
 inline Reg eq8(Reg a, Reg b) { return _mm_cmpeq_epi8(a, b); }
 inline Reg add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
+inline Reg add32(Reg a, Reg b) { return _mm_add_epi32(a, b); }
 inline Reg sub16(Reg a, Reg b) { return _mm_sub_epi16(a, b); }
 inline Reg mullo16(Reg a, Reg b) { return _mm_mullo_epi16(a, b); }
 inline Reg mulhi16(Reg a, Reg b) { return _mm_mulhi_epu16(a, b); }
@@ -151,10 +164,17 @@ template <int N> Reg sar32(Reg a) { return _mm_srai_epi32(a, N); }
 
 inline Reg lo8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
 inline Reg hi8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
+inline Reg lo32(Reg a, Reg b) { return _mm_unpacklo_epi32(a, b); }
+inline Reg hi32(Reg a, Reg b) { return _mm_unpackhi_epi32(a, b); }
 inline Reg packus16(Reg lo, Reg hi) { return _mm_packus_epi16(lo, hi); }
 inline Reg packs16(Reg lo, Reg hi) { return _mm_packs_epi16(lo, hi); }
 
 inline Reg alpha16(Reg a) { return _mm_shufflehi_epi16(_mm_shufflelo_epi16(a, 0xFF), 0xFF); }
+
+inline Reg alpha_bytes(Reg px) {
+    const Reg a = shr32<24>(px), two = a | shl32<8>(a);
+    return two | shl32<16>(two);
+}
 
 inline Reg select(Reg mask, Reg a, Reg b) { return (mask & a) | _mm_andnot_si128(mask, b); }
 
@@ -207,6 +227,17 @@ inline Reg lo16(Reg px) { return lo8(px, zero()); }
 inline Reg hi16(Reg px) { return hi8(px, zero()); }
 inline Reg lo16_high(Reg px) { return lo8(zero(), px); }
 inline Reg hi16_high(Reg px) { return hi8(zero(), px); }
+
+// 16-bit lanes of the low or high half with each pixel's four lanes set to
+// that pixel's 32-bit lane of v (a value below 2^16).
+inline Reg lo16_spread(Reg v) {
+    const Reg pair = v | shl32<16>(v);
+    return lo32(pair, pair);
+}
+inline Reg hi16_spread(Reg v) {
+    const Reg pair = v | shl32<16>(v);
+    return hi32(pair, pair);
+}
 
 // One value per channel in 16-bit lanes: blue, green, red, alpha.
 inline Reg lanes16(uint32_t b, uint32_t g, uint32_t r, uint32_t a) {

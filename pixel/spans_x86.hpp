@@ -14,6 +14,8 @@
 // and sums that may need 17 bits through sum_shr8.
 #pragma once
 
+#include <type_traits>
+
 #include "fbcompose/pixel.h"
 #include "pixel/lanes_x86.hpp"
 #include "pixel/variants.hpp"
@@ -48,6 +50,21 @@ template <bool Wide>
 inline Reg mix(Reg x, Reg d16, Reg inv, Reg add) {
     const Reg y = mullo16(d16, inv);
     return add16(Wide ? sum_shr8(x, y) : shr16<8>(add16(x, y)), add);
+}
+
+// No colour byte above its pixel's alpha, in every pixel of the group: then
+// the sums of the coverage and modulated blends stay below 2^16 and every
+// result within its byte.
+inline bool premultiplied(Reg px) {
+    const Reg a = alpha_bytes(px);
+    return bits8(eq8(max8(px, a), a)) == kEveryByte;
+}
+
+// Two halves of results back into pixels: packed as they are where they fit
+// their bytes, else truncated.
+template <bool Wide>
+inline Reg pack(Reg lo, Reg hi) {
+    return Wide ? truncate_pack(lo, hi) : packus16(lo, hi);
 }
 
 // Fill: every byte d = ((d x inv) >> 8) + c, the colour's alpha byte
@@ -119,17 +136,22 @@ void modulate_run(const uint32_t *s, uint32_t *d, int32_t n, uint32_t color) {
     const Reg weight = lanes16(tint(0), tint(8), tint(16), SrcAlpha ? ca : 0);
     const Reg fixed_inv = lanes16(255 - ca, 255 - ca, 255 - ca, KeepAlpha ? 256 : 255 - ca);
     const Reg fixed_add = lanes16(0, 0, 0, KeepAlpha ? 0 : ca);
-    const auto half = [&](Reg s16, Reg s16_high, Reg d16) {
-        Reg x = White ? mullo16(s16, weight) : mulhi16(s16_high, weight);
-        if constexpr (!SrcAlpha) return mix<false>(x, d16, fixed_inv, fixed_add);
-        const Reg a = White ? shr16<8>(alpha16(x)) : alpha16(x);
-        return mix<true>(x & rgb_lanes(), d16, inverse<KeepAlpha>(a),
-                         KeepAlpha ? zero() : a & ~rgb_lanes());
+    // A premultiplied source keeps the sums below 2^16 (`Wide` false).
+    const auto mixed = [&](Reg x, Reg y, auto wide) {
+        const auto half = [&](Reg s16, Reg s16_high, Reg d16) {
+            Reg m = White ? mullo16(s16, weight) : mulhi16(s16_high, weight);
+            if constexpr (!SrcAlpha) return mix<false>(m, d16, fixed_inv, fixed_add);
+            const Reg a = White ? shr16<8>(alpha16(m)) : alpha16(m);
+            return mix<wide>(m & rgb_lanes(), d16, inverse<KeepAlpha>(a),
+                             KeepAlpha ? zero() : a & ~rgb_lanes());
+        };
+        return pack<SrcAlpha && wide>(half(lo16(x), lo16_high(x), lo16(y)),
+                                      half(hi16(x), hi16_high(x), hi16(y)));
     };
     for (int32_t i = 0; i < n; i += kWidth) {
         const Reg x = load(s + i), y = load(d + i);
-        store(d + i, truncate_pack(half(lo16(x), lo16_high(x), lo16(y)),
-                                   half(hi16(x), hi16_high(x), hi16(y))));
+        const bool narrow = !SrcAlpha || premultiplied(x);
+        store(d + i, narrow ? mixed(x, y, std::false_type{}) : mixed(x, y, std::true_type{}));
     }
 }
 
@@ -147,30 +169,6 @@ void modulate(const void *src, void *dst, int32_t count, uint32_t color) {
     kReference[SrcAlpha][KeepAlpha](s + n, d + n, count - n, color);
 }
 
-// Coverage, one half in 16-bit lanes: x = cov x weight, where the weight
-// holds the colour's (or texture's) channels and, in the alpha lane, its
-// scale ta + (ta >> 7); so the alpha lane of x is cov x scale, a << 8 and
-// the low byte dropped.
-struct Covered {
-    Reg x, a;  // a: the pixel's alpha in every lane
-};
-
-inline Covered covered(Reg cov16, Reg weight) {
-    const Reg x = mullo16(cov16, weight);
-    return {x, shr16<8>(alpha16(x))};
-}
-
-// d.c = (c.c x cov + d.c x inv) >> 8; d.alpha = ((d.alpha x inv) >> 8) + a unless kept.
-template <bool KeepAlpha>
-inline Reg cover_mix(const Covered &c, Reg d16) {
-    return mix<true>(c.x & rgb_lanes(), d16, inverse<KeepAlpha>(c.a),
-                     KeepAlpha ? zero() : c.a & ~rgb_lanes());
-}
-
-// Coverage with a colour, one half: a = (cov x scale) >> 8 as
-// mulhi16(cov << 8, scale). A premultiplied colour (no channel above its
-// alpha) keeps c.c x cov + d.c x inv below 2^16 and every result within its
-// byte.
 template <bool KeepAlpha, bool Premultiplied>
 inline Reg cover_color_half(Reg cov16, Reg cov16_high, Reg d16, Reg scale, Reg color16) {
     const Reg a = mulhi16(cov16_high, scale);
@@ -203,7 +201,7 @@ void cover_color_run(const uint8_t *cov, uint32_t *d, int32_t n, uint32_t color)
                                                                   scale16, color16);
         const Reg hi = cover_color_half<KeepAlpha, Premultiplied>(hi16(k), hi16_high(k), hi16(y),
                                                                   scale16, color16);
-        const Reg mixed = Premultiplied ? packus16(lo, hi) : truncate_pack(lo, hi);
+        const Reg mixed = pack<!Premultiplied>(lo, hi);
         store(d + i, select(untouched, y, select(eq8(k, splat(~0u)) & full, c, mixed)));
     }
 }
@@ -223,8 +221,12 @@ void cover_color(const uint8_t *cov, void *dst, int32_t count, uint32_t color) {
             cov + n, d + n, count - n, color);
 }
 
-// The texture's channels, and its scale ta + (ta >> 7) in the alpha lane.
-inline Reg texture_weight(Reg t16) { return add16(t16, shr16<7>(t16) & ~rgb_lanes()); }
+// Coverage with a texture, one half; `a` holds each pixel's alpha in all its lanes.
+template <bool KeepAlpha, bool Wide>
+inline Reg cover_texture_half(Reg cov16, Reg t16, Reg d16, Reg a) {
+    return mix<Wide>(mullo16(cov16, t16) & rgb_lanes(), d16, inverse<KeepAlpha>(a),
+                     KeepAlpha ? zero() : a & ~rgb_lanes());
+}
 
 template <bool KeepAlpha>
 void cover_texture(const uint8_t *cov, void *dst, int32_t count, const uint32_t *tex) {
@@ -233,18 +235,23 @@ void cover_texture(const uint8_t *cov, void *dst, int32_t count, const uint32_t 
     for (int32_t i = 0; i < n; i += kWidth) {
         if (load_bytes(cov + i) == 0) continue;
         const Reg k = spread_bytes(cov + i), t = load(tex + i);
-        const Covered lo = covered(lo16(k), texture_weight(lo16(t)));
-        const Covered hi = covered(hi16(k), texture_weight(hi16(t)));
-        const Reg untouched = packs16(eq16(lo.a, zero()), eq16(hi.a, zero()));
+        // a = (cov x (ta + (ta >> 7))) >> 8, one per 32-bit lane
+        const Reg a = shr32<8>(madd16(k & splat(0xFF), add32(shr32<24>(t), shr32<31>(t))));
+        const Reg untouched = eq32(a, zero());
         if (bits8(untouched) == kEveryByte) continue;
-        const Reg full = packs16(eq16(lo.a, splat16(255)), eq16(hi.a, splat16(255)));
+        const Reg full = eq32(a, splat(255));
         if (bits8(full) == kEveryByte) {
             store(d + i, t);
             continue;
         }
         const Reg y = load(d + i);
-        const Reg mixed = truncate_pack(cover_mix<KeepAlpha>(lo, lo16(y)),
-                                        cover_mix<KeepAlpha>(hi, hi16(y)));
+        const Reg a_lo = lo16_spread(a), a_hi = hi16_spread(a);
+        const Reg mixed =
+            premultiplied(t)
+                ? pack<false>(cover_texture_half<KeepAlpha, false>(lo16(k), lo16(t), lo16(y), a_lo),
+                              cover_texture_half<KeepAlpha, false>(hi16(k), hi16(t), hi16(y), a_hi))
+                : pack<true>(cover_texture_half<KeepAlpha, true>(lo16(k), lo16(t), lo16(y), a_lo),
+                             cover_texture_half<KeepAlpha, true>(hi16(k), hi16(t), hi16(y), a_hi));
         store(d + i, select(untouched, y, select(full, t, mixed)));
     }
     if (n < count)
