@@ -3,12 +3,15 @@
 // runs the count's whole registers and hands the last few pixels to the
 // reference by its exported name.
 //
-// Groups whose pixels the equation leaves alone (source alpha 0, coverage
-// that gives alpha 0) are skipped without touching the destination, and
-// groups that are all stored as they are (source alpha 255, full coverage of
-// an opaque colour) are stored without reading it: icons and glyph masks are
-// mostly such runs. The fills and the modulated blends change a pixel even at
-// alpha 0, so they compute every one.
+// A group the equation leaves alone (source alpha 0, coverage 0) is skipped
+// without touching the destination: the empty parts of icons and glyph masks.
+// Any other group takes the vector path, and selects per pixel where the
+// equation keeps or stores a pixel whole. A second branch, storing groups
+// that are all opaque or fully covered, was measured: at the edges of icon
+// and glyph runs it mispredicts so often that it costs more than it saves
+// (and the blend of an opaque pixel gives the source word by itself). The
+// fills and the modulated blends change a pixel even at alpha 0, so they
+// skip nothing.
 //
 // Products are taken in 16-bit lanes: (c x m) >> 8 as mulhi16(c << 8, m),
 // and sums that may need 17 bits through sum_shr8.
@@ -25,22 +28,23 @@ namespace {
 
 constexpr uint32_t kAlpha = 0xFF000000u, kRgb = 0x00FFFFFFu;
 
-// 16-bit lanes: the colour lanes, and 256 in the alpha lane, which as a
-// weight keeps the destination's alpha: (da x 256) >> 8 = da.
+// 16-bit lanes: the colour lanes.
 inline Reg rgb_lanes() { return lanes16(0xFFFF, 0xFFFF, 0xFFFF, 0); }
-inline Reg keep_alpha_lane() { return lanes16(0, 0, 0, 256); }
 
 // ((d x inv) >> 8) per byte, inv in 16-bit lanes for each half.
 inline Reg fade(Reg d, Reg inv_lo, Reg inv_hi) {
     return packus16(mulhi16(lo16_high(d), inv_lo), mulhi16(hi16_high(d), inv_hi));
 }
 
-// 255 - a in the colour lanes; in the alpha lane too, or 256 where the
-// destination keeps its alpha. `a` holds a pixel's alpha in every lane.
+// 255 - a, for a below 256.
+inline Reg inverse(Reg a) { return a ^ splat16(0xFF); }
+
+// The kernels compute every byte as for an rgba destination; rgb runs then
+// take back their alpha byte. (A weight of 256 in the alpha lane would keep
+// it too, but lengthens the chain from alpha to product.)
 template <bool KeepAlpha>
-inline Reg inverse(Reg a) {
-    const Reg inv = a ^ splat16(0xFF);
-    return KeepAlpha ? (inv & rgb_lanes()) | keep_alpha_lane() : inv;
+inline Reg alpha_kept(Reg d, Reg out) {
+    return KeepAlpha ? select(splat(kAlpha), d, out) : out;
 }
 
 // ((x + d x inv) >> 8) + add, one half in 16-bit lanes: x is the source's
@@ -67,8 +71,8 @@ inline Reg pack(Reg lo, Reg hi) {
     return Wide ? truncate_pack(lo, hi) : packus16(lo, hi);
 }
 
-// Fill: every byte d = ((d x inv) >> 8) + c, the colour's alpha byte
-// dropped where the destination keeps its alpha.
+// Fill: every byte d = ((d x inv) >> 8) + c; with a weight of 256 and the
+// colour's alpha byte dropped, the alpha byte of rgb runs stays.
 template <bool KeepAlpha>
 void blend_color(uint32_t color, void *dst, int32_t count) {
     auto *d = static_cast<uint32_t *>(dst);
@@ -90,17 +94,13 @@ void store_color(uint32_t color, uint32_t *d, int32_t count) {
     for (; i < count; ++i) d[i] = color;
 }
 
-// Source over for a group with pixels to blend; `transparent` marks those
-// of alpha 0, which keep the destination.
+// Source over for a group with pixels to blend: those of alpha 0
+// (`transparent`) keep the destination; with a = 255 (`opaque`) the blend
+// gives the source word, whose alpha byte rgb runs take too.
 template <bool KeepAlpha>
-inline Reg over(Reg s, Reg d, Reg transparent) {
-    const Reg alpha = splat(kAlpha);
-    const Reg faded =
-        fade(d, inverse<KeepAlpha>(alpha16(lo16(s))), inverse<KeepAlpha>(alpha16(hi16(s))));
-    Reg out = add8(faded, KeepAlpha ? s & splat(kRgb) : s);
-    // With a = 255 the blend gives the source's colour; rgb runs take its alpha byte too.
-    if (KeepAlpha) out = out | (eq32(s & alpha, alpha) & alpha);
-    return select(transparent, d, out);
+inline Reg over(Reg s, Reg d, Reg transparent, Reg opaque) {
+    const Reg out = add8(fade(d, inverse(alpha16(lo16(s))), inverse(alpha16(hi16(s)))), s);
+    return select(KeepAlpha ? transparent | (splat(kAlpha) & ~opaque) : transparent, d, out);
 }
 
 template <bool KeepAlpha>
@@ -111,13 +111,9 @@ void blend_pixels(const void *src, void *dst, int32_t count) {
     const int32_t n = whole(count);
     for (int32_t i = 0; i < n; i += kWidth) {
         const Reg x = load(s + i), a = x & alpha;
-        const Reg transparent = eq32(a, zero());
+        const Reg transparent = eq32(a, zero()), opaque = eq32(a, alpha);
         if (bits8(transparent) == kEveryByte) continue;
-        if (bits8(eq32(a, alpha)) == kEveryByte) {
-            store(d + i, x);
-            continue;
-        }
-        store(d + i, over<KeepAlpha>(x, load(d + i), transparent));
+        store(d + i, over<KeepAlpha>(x, load(d + i), transparent, opaque));
     }
     if (n < count)
         (KeepAlpha ? xc_blend_pixels_rgba_to_rgb : xc_blend_pixels_rgba_to_rgba)(s + n, d + n,
@@ -142,11 +138,11 @@ void modulate_run(const uint32_t *s, uint32_t *d, int32_t n, uint32_t color) {
             Reg m = White ? mullo16(s16, weight) : mulhi16(s16_high, weight);
             if constexpr (!SrcAlpha) return mix<false>(m, d16, fixed_inv, fixed_add);
             const Reg a = White ? shr16<8>(alpha16(m)) : alpha16(m);
-            return mix<wide>(m & rgb_lanes(), d16, inverse<KeepAlpha>(a),
-                             KeepAlpha ? zero() : a & ~rgb_lanes());
+            return mix<wide>(m & rgb_lanes(), d16, inverse(a), a & ~rgb_lanes());
         };
-        return pack<SrcAlpha && wide>(half(lo16(x), lo16_high(x), lo16(y)),
-                                      half(hi16(x), hi16_high(x), hi16(y)));
+        const Reg out = pack<SrcAlpha && wide>(half(lo16(x), lo16_high(x), lo16(y)),
+                                               half(hi16(x), hi16_high(x), hi16(y)));
+        return SrcAlpha ? alpha_kept<KeepAlpha>(y, out) : out;
     };
     for (int32_t i = 0; i < n; i += kWidth) {
         const Reg x = load(s + i), y = load(d + i);
@@ -169,11 +165,10 @@ void modulate(const void *src, void *dst, int32_t count, uint32_t color) {
     kReference[SrcAlpha][KeepAlpha](s + n, d + n, count - n, color);
 }
 
-template <bool KeepAlpha, bool Premultiplied>
+template <bool Premultiplied>
 inline Reg cover_color_half(Reg cov16, Reg cov16_high, Reg d16, Reg scale, Reg color16) {
     const Reg a = mulhi16(cov16_high, scale);
-    return mix<!Premultiplied>(mullo16(cov16, color16), d16, inverse<KeepAlpha>(a),
-                               KeepAlpha ? zero() : a & ~rgb_lanes());
+    return mix<!Premultiplied>(mullo16(cov16, color16), d16, inverse(a), a & ~rgb_lanes());
 }
 
 template <bool KeepAlpha, bool Premultiplied>
@@ -187,21 +182,14 @@ void cover_color_run(const uint8_t *cov, uint32_t *d, int32_t n, uint32_t color)
     const Reg color16 = lanes16(color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF, 0);
     const Reg c = splat(color);
     for (int32_t i = 0; i < n; i += kWidth) {
-        const Bytes bytes = load_bytes(cov + i);
-        if (bytes == 0) continue;
-        if (scale == 256 && bytes == Bytes(~Bytes{0})) {
-            store(d + i, c);
-            continue;
-        }
-        const Reg k = spread_bytes(cov + i);
+        if (load_bytes(cov + i) == 0) continue;
+        const Reg k = spread_bytes(cov + i), y = load(d + i);
         const Reg untouched = eq8(min8(k, untouched_up_to), k);
-        if (bits8(untouched) == kEveryByte) continue;
-        const Reg y = load(d + i);
-        const Reg lo = cover_color_half<KeepAlpha, Premultiplied>(lo16(k), lo16_high(k), lo16(y),
-                                                                  scale16, color16);
-        const Reg hi = cover_color_half<KeepAlpha, Premultiplied>(hi16(k), hi16_high(k), hi16(y),
-                                                                  scale16, color16);
-        const Reg mixed = pack<!Premultiplied>(lo, hi);
+        const Reg lo =
+            cover_color_half<Premultiplied>(lo16(k), lo16_high(k), lo16(y), scale16, color16);
+        const Reg hi =
+            cover_color_half<Premultiplied>(hi16(k), hi16_high(k), hi16(y), scale16, color16);
+        const Reg mixed = alpha_kept<KeepAlpha>(y, pack<!Premultiplied>(lo, hi));
         store(d + i, select(untouched, y, select(eq8(k, splat(~0u)) & full, c, mixed)));
     }
 }
@@ -222,10 +210,9 @@ void cover_color(const uint8_t *cov, void *dst, int32_t count, uint32_t color) {
 }
 
 // Coverage with a texture, one half; `a` holds each pixel's alpha in all its lanes.
-template <bool KeepAlpha, bool Wide>
+template <bool Wide>
 inline Reg cover_texture_half(Reg cov16, Reg t16, Reg d16, Reg a) {
-    return mix<Wide>(mullo16(cov16, t16) & rgb_lanes(), d16, inverse<KeepAlpha>(a),
-                     KeepAlpha ? zero() : a & ~rgb_lanes());
+    return mix<Wide>(mullo16(cov16, t16) & rgb_lanes(), d16, inverse(a), a & ~rgb_lanes());
 }
 
 template <bool KeepAlpha>
@@ -237,22 +224,16 @@ void cover_texture(const uint8_t *cov, void *dst, int32_t count, const uint32_t 
         const Reg k = spread_bytes(cov + i), t = load(tex + i);
         // a = (cov x (ta + (ta >> 7))) >> 8, one per 32-bit lane
         const Reg a = shr32<8>(madd16(k & splat(0xFF), add32(shr32<24>(t), shr32<31>(t))));
-        const Reg untouched = eq32(a, zero());
-        if (bits8(untouched) == kEveryByte) continue;
-        const Reg full = eq32(a, splat(255));
-        if (bits8(full) == kEveryByte) {
-            store(d + i, t);
-            continue;
-        }
+        const Reg untouched = eq32(a, zero()), full = eq32(a, splat(255));
         const Reg y = load(d + i);
         const Reg a_lo = lo16_spread(a), a_hi = hi16_spread(a);
         const Reg mixed =
             premultiplied(t)
-                ? pack<false>(cover_texture_half<KeepAlpha, false>(lo16(k), lo16(t), lo16(y), a_lo),
-                              cover_texture_half<KeepAlpha, false>(hi16(k), hi16(t), hi16(y), a_hi))
-                : pack<true>(cover_texture_half<KeepAlpha, true>(lo16(k), lo16(t), lo16(y), a_lo),
-                             cover_texture_half<KeepAlpha, true>(hi16(k), hi16(t), hi16(y), a_hi));
-        store(d + i, select(untouched, y, select(full, t, mixed)));
+                ? pack<false>(cover_texture_half<false>(lo16(k), lo16(t), lo16(y), a_lo),
+                              cover_texture_half<false>(hi16(k), hi16(t), hi16(y), a_hi))
+                : pack<true>(cover_texture_half<true>(lo16(k), lo16(t), lo16(y), a_lo),
+                             cover_texture_half<true>(hi16(k), hi16(t), hi16(y), a_hi));
+        store(d + i, select(untouched, y, select(full, t, alpha_kept<KeepAlpha>(y, mixed))));
     }
     if (n < count)
         (KeepAlpha ? xc_blend_alpha_texture_rgba_to_rgb : xc_blend_alpha_texture_rgba_to_rgba)(

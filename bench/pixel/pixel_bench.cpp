@@ -31,21 +31,32 @@ enum class Content { kIcons, kRandom };
 constexpr Content kContents[] = {Content::kIcons, Content::kRandom};
 const char *content_name(Content c) { return c == Content::kIcons ? "icons" : "random"; }
 
-// The pixels of one content, shared by our primitives and pixman's images.
-// Icons and glyph masks: runs of 1 to 32 pixels that are transparent, opaque
-// or partly covered, in equal shares. Random: every alpha equally likely.
+// Alpha or coverage values along a run of pixels. Icons and glyph masks:
+// runs of 1 to 32 pixels that are transparent, opaque or partly covered, in
+// equal shares. Random: every value equally likely.
+class Alphas {
+public:
+    Alphas(Content content, std::mt19937 &rng) : content_(content), rng_(rng) {}
+    uint32_t operator()() {
+        if (content_ == Content::kRandom) return rng_() & 255;
+        if (left_ == 0) left_ = 1 + rng_() % 32, kind_ = rng_() % 3;
+        --left_;
+        return kind_ == 0 ? 0u : kind_ == 1 ? 255u : 1 + rng_() % 254;
+    }
+
+private:
+    Content content_;
+    std::mt19937 &rng_;
+    uint32_t left_ = 0, kind_ = 0;
+};
+
+// The pixels of one content, shared by our primitives and pixman's images;
+// the source, texture and coverage runs each have runs of their own.
 struct Canvas {
     explicit Canvas(Content content) {
         std::mt19937 rng(1);
-        uint32_t run_left = 0, run_kind = 0;
-        auto alpha = [&]() -> uint32_t {
-            if (content == Content::kRandom) return rng() & 255;
-            if (run_left == 0) run_left = 1 + rng() % 32, run_kind = rng() % 3;
-            --run_left;
-            return run_kind == 0 ? 0u : run_kind == 1 ? 255u : 1 + rng() % 254;
-        };
-        auto premultiplied = [&] {
-            const uint32_t a = alpha();
+        Alphas src_alpha(content, rng), tex_alpha(content, rng), coverage(content, rng);
+        auto premultiplied = [&](uint32_t a) {
             uint32_t word = a << 24;
             for (int shift = 0; shift < 24; shift += 8) word |= ((rng() & 255) * a >> 8) << shift;
             return word;
@@ -53,12 +64,12 @@ struct Canvas {
         src.resize(kPixels), tex.resize(kPixels), opaque.resize(kPixels), dst.resize(kPixels);
         src16.resize(kPixels), dst16.resize(kPixels), cov.resize(kPixels);
         for (size_t i = 0; i < kPixels; ++i) {
-            src[i] = premultiplied();
-            tex[i] = premultiplied();
+            src[i] = premultiplied(src_alpha());
+            tex[i] = premultiplied(tex_alpha());
             opaque[i] = rng() | 0xFF000000u;
             dst[i] = rng() | 0xFF000000u;
             src16[i] = uint16_t(rng());
-            cov[i] = uint8_t(alpha());
+            cov[i] = uint8_t(coverage());
         }
     }
     std::vector<uint32_t> src, tex, opaque, dst;
