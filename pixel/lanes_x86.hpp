@@ -110,9 +110,12 @@ inline void store_half(void *p, Reg v) {
     _mm_storeu_si128(static_cast<__m128i *>(p), _mm256_castsi256_si128(v));
 }
 
-// kWidth 16-bit values, each widened to a 32-bit lane.
-inline Reg load_widened16(const uint16_t *p) {
-    return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+// 16-bit values a[k] and b[k] paired into 32-bit lanes (a low, b high):
+// the first kWidth pairs into `first`, the rest into `second`.
+inline void interleave16(Reg a, Reg b, Reg &first, Reg &second) {
+    const Reg lo = _mm256_unpacklo_epi16(a, b), hi = _mm256_unpackhi_epi16(a, b);
+    first = _mm256_permute2x128_si256(lo, hi, 0x20);
+    second = _mm256_permute2x128_si256(lo, hi, 0x31);
 }
 
 // rows[k] lane m becomes rows[m] lane k.
@@ -202,8 +205,9 @@ inline Reg narrow_565(Reg a, Reg b) {
 
 inline void store_half(void *p, Reg v) { _mm_storel_epi64(static_cast<Reg *>(p), v); }
 
-inline Reg load_widened16(const uint16_t *p) {
-    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const Reg *>(p)), zero());
+inline void interleave16(Reg a, Reg b, Reg &first, Reg &second) {
+    first = _mm_unpacklo_epi16(a, b);
+    second = _mm_unpackhi_epi16(a, b);
 }
 
 inline void transpose(Reg (&r)[kWidth]) {

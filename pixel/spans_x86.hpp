@@ -85,11 +85,15 @@ void blend_color(uint32_t color, void *dst, int32_t count) {
         (KeepAlpha ? xc_blend_color_rgba_to_rgb : xc_blend_color_rgba_to_rgba)(color, d + n, count - n);
 }
 
-// Aligned stores: a store across two cache lines costs two.
+// Aligned stores, four to a turn: a store across two cache lines costs two.
 void store_color(uint32_t color, uint32_t *d, int32_t count) {
     int32_t i = 0;
     for (; i < count && reinterpret_cast<uintptr_t>(d + i) % sizeof(Reg) != 0; ++i) d[i] = color;
     const Reg c = splat(color);
+    for (; count - i >= 4 * kWidth; i += 4 * kWidth) {
+        store_aligned(d + i, c), store_aligned(d + i + kWidth, c);
+        store_aligned(d + i + 2 * kWidth, c), store_aligned(d + i + 3 * kWidth, c);
+    }
     for (; count - i >= kWidth; i += kWidth) store_aligned(d + i, c);
     for (; i < count; ++i) d[i] = color;
 }
@@ -255,12 +259,16 @@ void copy_rgba_to_16(const uint32_t *s, uint16_t *d, int32_t count) {
     if (n < count) xc_copy_pixels_rgba_to_16(s + n, d + n, count - n, 0);
 }
 
+// Each word's green and blue in place in 16 bits, its red as the high 16
+// bits of the pixel: then one interleave makes the pixels.
 void copy_16_to_rgb(const uint16_t *s, uint32_t *d, int32_t count) {
-    const int32_t n = whole(count);
-    for (int32_t i = 0; i < n; i += kWidth) {
-        const Reg v = load_widened16(s + i);
-        store(d + i, shl32<8>(v & splat(0xF800)) | shl32<5>(v & splat(0x07E0)) |
-                         shl32<3>(v & splat(0x001F)));
+    const int32_t n = count > 0 ? count & -(2 * kWidth) : 0;
+    for (int32_t i = 0; i < n; i += 2 * kWidth) {
+        const Reg v = load(s + i);
+        const Reg low = shl16<5>(v & splat16(0x07E0)) | shl16<3>(v & splat16(0x001F));
+        Reg first, second;
+        interleave16(low, shr16<8>(v) & splat16(0x00F8), first, second);
+        store(d + i, first), store(d + i + kWidth, second);
     }
     if (n < count) xc_copy_pixels_16_to_rgb(s + n, d + n, count - n, 0);
 }
