@@ -12,26 +12,34 @@
 
 namespace bench {
 
-// Starts Google Benchmark with a 0.1 s minimum per run unless the command
-// line names another.
-inline void initialize(int argc, char **argv) {
+// Starts Google Benchmark with a 0.1 s minimum per run and the program's
+// own `defaults` ("--flag=value"), each unless the command line names it.
+inline void initialize(int argc, char **argv, std::vector<std::string> defaults = {}) {
     static std::vector<char *> args(argv, argv + argc);
-    static std::string min_time = "--benchmark_min_time=0.1";
-    bool has_min_time = false;
-    for (char *a : args) has_min_time |= std::strncmp(a, "--benchmark_min_time", 20) == 0;
-    if (!has_min_time) args.insert(args.begin() + 1, min_time.data());
+    static std::vector<std::string> added;
+    defaults.insert(defaults.begin(), "--benchmark_min_time=0.1");
+    for (const std::string &flag : defaults) {
+        const std::string name = flag.substr(0, flag.find('='));
+        bool given = false;
+        for (char *a : args) given |= std::strncmp(a, name.c_str(), name.size()) == 0;
+        if (!given) added.push_back(flag);
+    }
+    for (std::string &flag : added) args.insert(args.begin() + 1, flag.data());
     int count = int(args.size());
     benchmark::Initialize(&count, args.data());
 }
 
-// Keeps each run's rate, megapixels per second, by benchmark name.
+// Keeps each benchmark's rate, megapixels per second, by name: of its one
+// run, or with repetitions the median of them.
 class Collect : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context &) override { return true; }
     void ReportRuns(const std::vector<Run> &runs) override {
         for (const auto &run : runs) {
             if (run.error_occurred) continue;
-            rates[run.benchmark_name()] = run.counters.at("items_per_second").value / 1e6;
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (median || (run.run_type == Run::RT_Iteration && run.repetitions <= 1))
+                rates[run.run_name.str()] = run.counters.at("items_per_second").value / 1e6;
         }
         std::fputc('.', stderr);
     }

@@ -5,11 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace fbc::px {
+#include "pixel/bayer.hpp"
 
-// 4x4 Bayer matrix; the row is picked by output x, the column by output y.
-constexpr uint8_t kBayer[4][4] = {
-    {0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
+namespace fbc::px {
 
 // Output pixel (i, j) reads origin[i x along + j x across]; the output is
 // out_width x out_height.

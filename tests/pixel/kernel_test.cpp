@@ -230,15 +230,16 @@ constexpr size_t kGuard = 4;
 
 // Spans: every count from -1 to 70, source and destination each at every
 // offset 0 to 3. Converters: every width from -1 to 70 at heights 1 and 3
-// (and 0 or -1 now and then), every dither phase, skips 0 to 2 and the
-// offsets. Random contents, premultiplied or not.
+// (and now and then 0, -1, or 17 and 21, which turn into whole blocks of
+// 4 or 8 and a rest), every dither phase, skips 0 to 2 and the offsets.
+// Random contents, premultiplied or not.
 template <class Src, class Dst>
 void every_count_and_offset(const Case &k) {
     std::mt19937 rng(7);
     for (int count = -1; count <= 70; ++count) {
         for (int variation = 0; variation < 32; ++variation) {
             const int phase = variation & 15, half = variation >> 4;
-            const int height = phase == 15 ? -half : 1 + half * 2;
+            const int height = phase == 15 ? -half : phase == 14 ? 17 + half * 4 : 1 + half * 2;
             const Shape s =
                 k.span() ? Shape{count} : Shape{count, height, phase % 3, phase / 3 % 3};
             const Call c{size_t(phase & 3), size_t(phase >> 2), kColors[variation % 10],
@@ -354,12 +355,12 @@ const Case &kernel(std::string_view name) {
 // Every grey level at every matrix entry, in every rotation: row y of the
 // source holds level y / 4.
 TEST(Converters, EveryLevelAtEveryThreshold) {
-    Buffer<uint32_t> src(4 * 1024);
-    for (size_t p = 0; p < src.size(); ++p) src[p] = uint32_t(p / 16) * 0x010101u;
+    Buffer<uint32_t> src(12 * 1024);
+    for (size_t p = 0; p < src.size(); ++p) src[p] = uint32_t(p / 48) * 0x010101u;
     for (const Case &k : all_cases()) {
         if (k.span() || k.model.src_bits != 32) continue;
         with_pixel_types(k.model, [&](auto, auto dst) {
-            check(k, {4, 1024}, {}, src, {}, Buffer<decltype(dst)>(4096));
+            check(k, {12, 1024}, {}, src, {}, Buffer<decltype(dst)>(src.size()));
         });
     }
 }
