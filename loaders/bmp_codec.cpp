@@ -13,6 +13,7 @@
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
 #include "loaders/decode_limits.hpp"
+#include "loaders/decoders.hpp"
 
 namespace fbc {
 namespace {
@@ -290,7 +291,16 @@ int bmp_load_info(xc_image *image, const char *filename) {
 }
 
 int bmp_load_data(xc_image *image, const char *filename) {
-    const auto bytes = read_whole_file(filename);
+    return decode_bmp(image, Source{filename});
+}
+
+const char *const kExtensions[] = {"bmp", nullptr};
+
+}  // namespace
+
+int decode_bmp(xc_image *image, const Source &source) {
+    const char *filename = source.name;
+    const auto bytes = read_source(source);
     BmpHeader h;
     if (!bytes || !read_header(*bytes, filename, h)) return -1;
     ByteReader in(*bytes);
@@ -315,9 +325,6 @@ int bmp_load_data(xc_image *image, const char *filename) {
     return 0;
 }
 
-const char *const kExtensions[] = {"bmp", nullptr};
-
-}  // namespace
 }  // namespace fbc
 
 extern "C" {

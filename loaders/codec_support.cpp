@@ -29,10 +29,31 @@ std::optional<std::vector<uint8_t>> read_whole_file(const char *filename, size_t
     return bytes;
 }
 
+std::optional<std::vector<uint8_t>> read_source(const Source &source, size_t limit) {
+    if (!source.bytes) return read_whole_file(source.name, limit);
+    const size_t n = source.size < limit ? source.size : limit;
+    return std::vector<uint8_t>(source.bytes, source.bytes + n);
+}
+
+FILE *open_source(const Source &source) {
+    if (!source.bytes) return std::fopen(source.name, "rb");
+    // fmemopen never writes through a block opened for reading.
+    return fmemopen(const_cast<uint8_t *>(source.bytes), source.size, "rb");
+}
+
 int64_t bytes_after(FILE *file, long offset) {
     struct stat info;
-    if (fstat(fileno(file), &info) != 0 || info.st_size < offset) return 0;
-    return static_cast<int64_t>(info.st_size) - offset;
+    const int fd = fileno(file);
+    if (fd >= 0) {
+        if (fstat(fd, &info) != 0 || info.st_size < offset) return 0;
+        return static_cast<int64_t>(info.st_size) - offset;
+    }
+    // A memory stream has no descriptor: its end is where seeking takes it.
+    const long here = std::ftell(file);
+    if (here < 0 || std::fseek(file, 0, SEEK_END) != 0) return 0;
+    const long end = std::ftell(file);
+    std::fseek(file, here, SEEK_SET);
+    return end < offset ? 0 : static_cast<int64_t>(end) - offset;
 }
 
 bool save_area_is_valid(const xc_image *image, const xg_area &area) {

@@ -12,12 +12,28 @@
 
 namespace fbc {
 
+// Where a decoder reads: the file called `name`, or, when `bytes` is set,
+// `size` bytes in memory that `name` only labels in messages.
+struct Source {
+    const char *name;
+    const uint8_t *bytes = nullptr;
+    size_t size = 0;
+};
+
 // The whole file (or its first `limit` bytes), or nothing (errno tells why)
 // when it cannot be opened or read or is larger than the device can address.
 std::optional<std::vector<uint8_t>> read_whole_file(const char *filename,
                                                     size_t limit = SIZE_MAX);
 
-// The bytes of an open file from `offset` to its end (0 when unknown),
+// The same for either kind of source.
+std::optional<std::vector<uint8_t>> read_source(const Source &source, size_t limit = SIZE_MAX);
+
+// A stream over the source for the decoders that read through stdio (a
+// memory block is read in place, without a temporary file); null with
+// errno set when it cannot be opened.
+FILE *open_source(const Source &source);
+
+// The bytes of an open stream from `offset` to its end (0 when unknown),
 // for checking a header's sizes against what the file can hold.
 int64_t bytes_after(FILE *file, long offset);
 

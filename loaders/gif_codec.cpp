@@ -21,6 +21,7 @@
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 #include "loaders/decode_limits.hpp"
+#include "loaders/decoders.hpp"
 
 namespace fbc {
 namespace {
@@ -262,8 +263,9 @@ GifOutline outline_of(GifFileType *gif) {
 GifPlayer *player_of(xc_image *image) { return static_cast<GifPlayer *>(image->loader_data); }
 
 // The file's bytes and an open decoder, or null with a diagnostic.
-GifPlayer *open_player(const char *filename) {
-    auto bytes = read_whole_file(filename);
+GifPlayer *open_player(const Source &source) {
+    const char *filename = source.name;
+    auto bytes = read_source(source);
     if (!bytes) {
         fbc::log_err("Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
         return nullptr;
@@ -286,8 +288,9 @@ GifPlayer *open_player(const char *filename) {
     return player;
 }
 
-int gif_load_info(xc_image *image, const char *filename) {
-    GifPlayer *player = open_player(filename);
+int read_info(xc_image *image, const Source &source) {
+    const char *filename = source.name;
+    GifPlayer *player = open_player(source);
     if (!player) return -1;
     const GifOutline outline = outline_of(player->gif);
     const int result = outline.frames > 0 ? 0 : -1;
@@ -302,13 +305,20 @@ int gif_load_info(xc_image *image, const char *filename) {
     return result;
 }
 
-int gif_load_data(xc_image *image, const char *filename) {
-    GifPlayer *player = open_player(filename);
-    if (!player) return -1;
+int gif_load_info(xc_image *image, const char *filename) {
+    return read_info(image, Source{filename});
+}
+
+// Opens the source and composites its first frame into new pixels; the
+// player, ready for the next frame, or null with nothing kept.
+GifPlayer *load_first_frame(xc_image *image, const Source &source) {
+    const char *filename = source.name;
+    GifPlayer *player = open_player(source);
+    if (!player) return nullptr;
     if (!image_fits_file("gif", filename, player->gif->SWidth, player->gif->SHeight,
                          static_cast<int64_t>(player->bytes.size()), kScreenPixelsPerByte)) {
         delete player;
-        return -1;
+        return nullptr;
     }
     image->width = player->gif->SWidth;
     image->height = player->gif->SHeight;
@@ -316,7 +326,7 @@ int gif_load_data(xc_image *image, const char *filename) {
     xg_area changed;
     if (!xc_image_alloc_data(image)) {
         delete player;
-        return -1;
+        return nullptr;
     }
     std::memset(image->data, 0, static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
     if (!composite_next_frame(*player, image, &changed)) {
@@ -324,8 +334,14 @@ int gif_load_data(xc_image *image, const char *filename) {
         std::free(image->data);
         image->data = nullptr;
         delete player;
-        return -1;
+        return nullptr;
     }
+    return player;
+}
+
+int gif_load_data(xc_image *image, const char *filename) {
+    GifPlayer *player = load_first_frame(image, Source{filename});
+    if (!player) return -1;
     // A still image needs neither the decoder nor the file any more.
     if (!image->is_ani) {
         player->close();
@@ -371,6 +387,17 @@ void gif_release(xc_image *image) {
 const char *const kExtensions[] = {"gif", nullptr};
 
 }  // namespace
+
+int decode_gif(xc_image *image, const Source &source) {
+    if (read_info(image, source) < 0) return -1;
+    // Only the first frame is kept: the image is a still one.
+    image->is_ani = 0;
+    GifPlayer *player = load_first_frame(image, source);
+    if (!player) return -1;
+    delete player;
+    return 0;
+}
+
 }  // namespace fbc
 
 extern "C" {

@@ -20,6 +20,7 @@
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 #include "loaders/decode_limits.hpp"
+#include "loaders/decoders.hpp"
 
 namespace fbc {
 namespace {
@@ -161,8 +162,8 @@ void read_rows_converted(xc_image *image) {
     }
 }
 
-// Decodes an opened file; 1 on success, -1 on failure with no pixels kept.
-int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
+// Decodes an opened stream; 1 on success, -1 on failure with no pixels kept.
+int decode_stream(xc_image *image, const char *filename, FILE *file) {
     uint8_t *const pixels_before = image->data;
     if (setjmp(decoder_jump) != 0) {
         if (image->data != pixels_before) {
@@ -213,14 +214,7 @@ int decode_jpeg(xc_image *image, const char *filename, FILE *file) {
 
 int jpeg_load_data(xc_image *image, const char *filename) {
     if (!filename) return -1;
-    FILE *file = std::fopen(filename, "rb");
-    if (!file) {
-        fbc::log_err("Couldn't load '%s' image:%s\n", filename, std::strerror(errno));
-        return -1;
-    }
-    const int result = decode_jpeg(image, filename, file);
-    std::fclose(file);
-    return result;
+    return decode_jpeg(image, Source{filename});
 }
 
 // The compressor lives on the saving call's stack; its jump restores the
@@ -299,6 +293,18 @@ int jpeg_save(xc_image *image, const char *filename, const xg_area *area, const 
 const char *const kExtensions[] = {"jpg", "jpeg", nullptr};
 
 }  // namespace
+
+int decode_jpeg(xc_image *image, const Source &source) {
+    FILE *file = open_source(source);
+    if (!file) {
+        fbc::log_err("Couldn't load '%s' image:%s\n", source.name, std::strerror(errno));
+        return -1;
+    }
+    const int result = decode_stream(image, source.name, file);
+    std::fclose(file);
+    return result;
+}
+
 }  // namespace fbc
 
 extern "C" {

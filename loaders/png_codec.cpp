@@ -18,6 +18,7 @@
 #include "fbcompose/loader.h"
 #include "loaders/codec_support.hpp"
 #include "loaders/decode_limits.hpp"
+#include "loaders/decoders.hpp"
 
 namespace fbc {
 namespace {
@@ -37,11 +38,13 @@ struct PngReadSession {
     bool allocated_pixels = false;
 };
 
-// The plain file, or the stored copy in the directory's archive.
-FILE *open_png(const char *filename, long *offset) {
+// The block or plain file, or the stored copy in the file's directory's
+// archive.
+FILE *open_png(const Source &source, long *offset) {
     *offset = 0;
-    FILE *file = std::fopen(filename, "rb");
-    if (file) return file;
+    const char *filename = source.name;
+    FILE *file = open_source(source);
+    if (file || source.bytes) return file;
     const int open_error = errno;
     int32_t stored_at = 0;
     if (const char *archive = ar_img_lookup(filename, &stored_at)) {
@@ -134,10 +137,11 @@ void report_warning(png_structp, png_const_charp message) {
     fbc::log_err("libpng warning: %s\n", message);
 }
 
-int load_png(xc_image *image, const char *filename, bool info_only) {
+int load_png(xc_image *image, const Source &source, bool info_only) {
+    const char *filename = source.name;
     PngReadSession s;
     long offset = 0;
-    s.file = open_png(filename, &offset);
+    s.file = open_png(source, &offset);
     if (!s.file) return -1;
     if (!has_png_signature(s.file, offset)) {
         std::fclose(s.file);
@@ -157,9 +161,13 @@ int load_png(xc_image *image, const char *filename, bool info_only) {
     return result;
 }
 
-int png_load_info(xc_image *image, const char *filename) { return load_png(image, filename, true); }
+int png_load_info(xc_image *image, const char *filename) {
+    return load_png(image, Source{filename}, true);
+}
 
-int png_load_data(xc_image *image, const char *filename) { return load_png(image, filename, false); }
+int png_load_data(xc_image *image, const char *filename) {
+    return load_png(image, Source{filename}, false);
+}
 
 struct PngWriteSession {
     FILE *file = nullptr;
@@ -215,6 +223,9 @@ int png_save(xc_image *image, const char *filename, const xg_area *area, const c
 const char *const kExtensions[] = {"png", nullptr};
 
 }  // namespace
+
+int decode_png(xc_image *image, const Source &source) { return load_png(image, source, false); }
+
 }  // namespace fbc
 
 extern "C" {

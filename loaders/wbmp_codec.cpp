@@ -9,6 +9,7 @@
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
+#include "loaders/decoders.hpp"
 #include "loaders/decode_limits.hpp"
 
 namespace fbc {
@@ -75,7 +76,16 @@ int wbmp_load_info(xc_image *image, const char *filename) {
 }
 
 int wbmp_load_data(xc_image *image, const char *filename) {
-    const auto bytes = read_whole_file(filename);
+    return decode_wbmp(image, Source{filename});
+}
+
+const char *const kExtensions[] = {"wbmp", nullptr};
+
+}  // namespace
+
+int decode_wbmp(xc_image *image, const Source &source) {
+    const char *filename = source.name;
+    const auto bytes = read_source(source);
     if (!bytes) {
         fbc::log_err("%s:%s:%s\n", "xc_wbmp_load", filename, std::strerror(errno));
         if (!image->data) return -1;
@@ -102,9 +112,6 @@ int wbmp_load_data(xc_image *image, const char *filename) {
     return 0;
 }
 
-const char *const kExtensions[] = {"wbmp", nullptr};
-
-}  // namespace
 }  // namespace fbc
 
 extern "C" {

@@ -67,6 +67,10 @@ public:
     static image from_file(std::string_view path) {
         return adopt(xc_image_new_from_file(std::string(path).c_str()));
     }
+    // Decoded at once from bytes in memory; type null recognises the format.
+    static image from_memory(const void *bytes, size_t size, const char *type = nullptr) noexcept {
+        return adopt(xc_image_new_from_memory(bytes, size, type));
+    }
 
     image(const image &other) noexcept : raw_(xc_image_ref(other.raw_)) {}
     image(image &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}

@@ -12,6 +12,7 @@
 #ifndef FBCOMPOSE_LOADER_H
 #define FBCOMPOSE_LOADER_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "export.h"
@@ -44,6 +45,19 @@ FBC_API extern xc_image_loader gif_loader;
  * but no pixels; NULL for a NULL name, a name without a suffix, or a file no
  * loader takes. Animations are never cached: each call gives a new image. */
 FBC_API xc_image *xc_image_new_from_file(const char *filename);
+/* Decodes an image held in memory (built into the program, received over
+ * a link): PNG, JPEG, BMP, GIF (its first frame only) or WBMP, by the
+ * built-in loaders; loader modules are not asked. `type` is a suffix as a
+ * file name would carry it ("png", "jpg", "jpeg", ...; case ignored); NULL
+ * recognises the format from the first bytes (the PNG, GIF, JPEG and BMP
+ * signatures, else two zero bytes for WBMP, which has none). The bytes are
+ * read in place and may be freed once the call returns. Returns a new image
+ * with its pixels loaded and no file name, so it never enters the image
+ * cache (xc_image_unref frees it), or NULL, with a line on standard error,
+ * for NULL or empty bytes, an unknown type, or bytes the loader refuses.
+ * The decode limit (xc_image_set_decode_limit) applies as for files. */
+FBC_API xc_image *xc_image_new_from_memory(const void *bytes, size_t size,
+                                           const char *type);
 /* "png", "gif", "jpg", "bmp" or NULL from a file's first bytes (6 of them,
  * or fewer ending in a 0 byte). "jpg" only for FF D8 followed by "JFIF", a
  * narrower test than most JPEG files pass. */

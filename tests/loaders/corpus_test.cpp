@@ -118,6 +118,37 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
     if (image) xc_image_unref(image);
 }
 
+// A block in memory decodes as its file does (first frame of an animation),
+// by its suffix and, for the intact files that must decode, by its first
+// bytes (a damaged copy may have lost its signature).
+TEST_P(CorpusFile, DecodesFromMemoryAsFromDisk) {
+    const CorpusRow &row = GetParam();
+    xc_image_init();
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    xc_image *file = xc_image_new_from_file(corpus_path(row.path).c_str());
+    if (file) xc_image_load_data(file);
+    const std::vector<uint8_t> bytes = fbc_test::file_bytes(corpus_path(row.path));
+    xc_image *by_type = xc_image_new_from_memory(bytes.data(), bytes.size(), row.format.c_str());
+    const bool intact = row.expected == "decode" && !row.path.starts_with("bad/");
+    xc_image *by_magic = intact ? xc_image_new_from_memory(bytes.data(), bytes.size(), nullptr) : nullptr;
+    testing::internal::GetCapturedStderr();
+    testing::internal::GetCapturedStdout();
+    const bool decoded = file && file->data;
+    for (xc_image *memory : {by_type, by_magic}) {
+        if (memory == by_magic && !intact) break;
+        ASSERT_EQ(memory != nullptr, decoded) << (memory == by_type ? "by type" : "by first bytes");
+        if (!decoded) continue;
+        EXPECT_EQ(memory->filename, nullptr);
+        EXPECT_STREQ(memory->type_name, file->type_name);
+        EXPECT_EQ(std::tie(memory->width, memory->height), std::tie(file->width, file->height));
+        EXPECT_EQ(fbc_test::alpha_marks(memory), fbc_test::alpha_marks(file));
+        EXPECT_TRUE(fbc_test::pixels(memory) == fbc_test::pixels(file));
+        xc_image_unref(memory);
+    }
+    if (file) xc_image_unref(file);
+}
+
 INSTANTIATE_TEST_SUITE_P(Manifest, CorpusFile, testing::ValuesIn(manifest()), [](const auto &param) {
     std::string name = param.param.path;  // letters and digits only
     std::replace_if(name.begin(), name.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
