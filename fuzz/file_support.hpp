@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -62,12 +63,30 @@ inline void touch_pixels(const xc_image *image) {
     touched_sum = sum;
 }
 
+// Whether two decoded images are the same: size, alpha flags, every pixel.
+inline bool same_pixels(const xc_image *a, const xc_image *b) {
+    if (a->width != b->width || a->height != b->height || a->format != b->format ||
+        a->has_alpha != b->has_alpha)
+        return false;
+    for (int32_t y = 0; y < a->height; ++y)
+        if (std::memcmp(a->data + static_cast<size_t>(y) * static_cast<size_t>(a->rowstride),
+                        b->data + static_cast<size_t>(y) * static_cast<size_t>(b->rowstride),
+                        static_cast<size_t>(a->width) * 4) != 0)
+            return false;
+    return true;
+}
+
 // Information, pixels, then every frame of an animation up to the point it
-// starts again; each changed area must lie on the image.
-inline void load_every_frame(const std::string &path) {
+// starts again; each changed area must lie on the image. When `same` is
+// given (the input decoded from memory, or null where that failed), the
+// file must fail where it failed and otherwise give its pixels exactly.
+inline void load_every_frame(const std::string &path, const xc_image *const *same = nullptr) {
     xc_image *image = xc_image_new_from_file(path.c_str());
+    const bool loaded = image && xc_image_load_data(image) >= 0 && image->data;
+    if (same && !loaded != !*same) std::abort();
+    if (same && loaded && !same_pixels(image, *same)) std::abort();
     if (!image) return;
-    if (xc_image_load_data(image) >= 0) touch_pixels(image);
+    if (loaded) touch_pixels(image);
     xc_image_get_delay(image);
     int32_t delay, x, y, w, h;
     for (int last = 0, frame; (frame = xc_image_next_frame(image, &delay, &x, &y, &w, &h)) > last; last = frame) {

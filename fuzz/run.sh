@@ -3,9 +3,10 @@
 # build, two at a time, and fails if any finds a crash, leak, hang or
 # undefined behaviour. Findings land in build/fuzz/findings/NAME/; copy
 # each into fuzz/crashers/NAME/ once it is fixed, so ctest replays it.
-# With FUZZ_RUNS=N each target stops after N executions if that comes first.
+# With FUZZ_RUNS=N each target stops after N executions if that comes first;
+# FUZZ_JOBS=N runs N targets at a time (2 by default).
 #
-#   [FUZZ_RUNS=N] bash fuzz/run.sh SECONDS [NAME...]
+#   [FUZZ_RUNS=N] [FUZZ_JOBS=N] bash fuzz/run.sh SECONDS [NAME...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:?usage: fuzz/run.sh SECONDS [NAME...]}
@@ -42,4 +43,4 @@ run_one() {
 export -f run_one
 
 printf '%s\n' "${names[@]}" |
-  xargs -P 2 -I{} bash -c 'run_one "$@"' _ {} "$seconds" "$build"
+  xargs -P "${FUZZ_JOBS:-2}" -I{} bash -c 'run_one "$@"' _ {} "$seconds" "$build"
