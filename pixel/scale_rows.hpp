@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "pixel/kernel_table.hpp"
+
 namespace fbc::px {
 
 // Where a destination pixel reads in a row: words `at` and `next` (the
@@ -25,7 +27,12 @@ using LerpRowsFn = void (*)(const uint32_t *top, const uint32_t *bottom, uint32_
 // out[i] = row[taps[i].at] to row[taps[i].next] at taps[i].f, for n words.
 using LerpWordsFn = void (*)(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
 
+// The references.
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f);
 void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
+
+// Their rows: the reference and the variants that stand in for it.
+extern const Kernel<LerpRowsFn> kLerpRows;
+extern const Kernel<LerpWordsFn> kLerpWords;
 
 }  // namespace fbc::px

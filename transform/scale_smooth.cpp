@@ -148,6 +148,9 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
     const RowWriter writer(&as_words, dst, color);
     if (!writer) return;
 
+    // This CPU's row passes, picked once.
+    static const px::LerpRowsFn lerp_rows = px::kLerpRows.pick();
+    static const px::LerpWordsFn lerp_words = px::kLerpWords.pick();
     SourceRows source(src, src_area, span_first, span);
     std::vector<px::WordTap> word_taps;
     for (const Tap &t : columns) word_taps.push_back(word_tap(t));
@@ -166,7 +169,7 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
             if (rt.f == 0)
                 line = top;
             else
-                px::lerp_rows(top, source.row(rt.first + 1), blended.data(), span, rt.f);
+                lerp_rows(top, source.row(rt.first + 1), blended.data(), span, rt.f);
         } else {
             std::fill(sums.begin(), sums.end(), 0u);
             for (int32_t r = rt.first; r < rt.first + rt.count; ++r) {
@@ -183,7 +186,7 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
             }
         }
         if (fx == Filter::linear) {
-            px::lerp_words(line, word_taps.data(), out.data(), n);
+            lerp_words(line, word_taps.data(), out.data(), n);
         } else if (summed_rows == 0) {
             divisors.set_rows(1);
             const auto *bytes = reinterpret_cast<const uint8_t *>(line);
