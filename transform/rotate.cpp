@@ -9,6 +9,7 @@
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/loader.h"
 #include "fbcompose/transform.h"
+#include "pixel/channel.hpp"
 #include "transform/scale_common.hpp"
 
 namespace fbc {
@@ -64,8 +65,7 @@ uint32_t fetch(const xc_image *src, int32_t x, int32_t y) {
     if (x < 0 || y < 0 || x >= src->width || y >= src->height) return 0;
     const void *p = xc_image_pointer(src, x, y);
     if (src->depth == 16) {
-        const uint32_t v = *static_cast<const uint16_t *>(p);
-        return 0xFF000000u | ((v & 0xF800) << 8) | ((v & 0x07E0) << 5) | ((v & 0x001F) << 3);
+        return 0xFF000000u | px::unpack_565(*static_cast<const uint16_t *>(p));
     }
     const uint32_t v = *static_cast<const uint32_t *>(p);
     return src->has_alpha ? v : v | 0xFF000000u;

@@ -50,6 +50,7 @@ RowWriter::RowWriter(const xc_image *reads_as, xc_image *dst, uint32_t color)
     };
     if (is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_16_to_rgb)) src_bytes_ = 2;
     if (is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_rgba_to_16)) dst_bytes_ = 2;
+    stores_source_ = is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_rgba_to_rgba);
 }
 
 bool RowWriter::pixels_match(const xc_image *src) const {

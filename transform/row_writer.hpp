@@ -40,6 +40,10 @@ public:
     // xc_image_pointer steps them.
     bool pixels_match(const xc_image *src) const;
 
+    // Whether the span function stores its source pixels unchanged (a
+    // plain copy between like pixels): a drawer may then write them itself.
+    bool stores_source() const { return stores_source_; }
+
 private:
     void held(const uint8_t *s, int64_t s_bytes, uint8_t *d, int64_t d_bytes, int64_t n) const;
 
@@ -47,6 +51,7 @@ private:
     xc_image *dst_ = nullptr;
     uint32_t color_ = 0;
     int32_t src_bytes_ = 4, dst_bytes_ = 4;  // per pixel, as the span function moves them
+    bool stores_source_ = false;
 };
 
 }  // namespace fbc

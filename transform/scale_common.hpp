@@ -10,11 +10,17 @@ namespace fbc {
 
 inline constexpr uint32_t kNoModulation = 0xFFFFFFFFu;
 
+// Signed 16.16 fixed point: positions and steps carry the integer part
+// above kFixedShift and a fraction of kFixedOne below it.
+inline constexpr int kFixedShift = 16;
+inline constexpr uint32_t kFixedOne = 1u << kFixedShift;
+inline constexpr uint32_t kFractionMask = kFixedOne - 1;
+
 // One byte between two pixels: (next x f + cur x (65536 - f)) >> 16.
 inline uint32_t lerp_byte(uint32_t cur, uint32_t next, uint32_t f, int shift) {
     const uint32_t c = (cur >> shift) & 0xFF;
     const uint32_t n = (next >> shift) & 0xFF;
-    return ((n * f + c * (65536 - f)) >> 16) << shift;
+    return ((n * f + c * (kFixedOne - f)) >> kFixedShift) << shift;
 }
 
 // Bytes 0 to 2 interpolated; byte 3 too when `alpha`, else it is taken from
@@ -27,7 +33,7 @@ inline uint32_t lerp_word(uint32_t cur, uint32_t next, uint32_t f, bool alpha, u
 // 16.16 step between first and last: ((from - 1) << 16) / (to - 1), 0 when
 // the target has fewer than two pixels.
 inline int64_t end_to_end_step(int32_t from, int32_t to) {
-    return to >= 2 ? (int64_t{from - 1} << 16) / (to - 1) : 0;
+    return to >= 2 ? (int64_t{from - 1} << kFixedShift) / (to - 1) : 0;
 }
 
 // Pixel (x, y) of a source taken as 32-bit words with `width` words per row.

@@ -44,9 +44,9 @@ void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip,
     }
     const int64_t step = fbc::end_to_end_step(sh, dh);
     const int64_t position = int64_t{c.y1 - dst_area->y1} * step;
-    int64_t f = position & 0xFFFF;
+    int64_t f = position & fbc::kFractionMask;
     // The source row as a number: it only becomes an address when read.
-    int64_t r = src_area->y1 + (position >> 16);
+    int64_t r = src_area->y1 + (position >> fbc::kFixedShift);
     uint32_t pixel = 0;
     for (int32_t y = c.y1; y < c.y2; ++y) {
         const uint32_t *s = fbc::word_at(from, x, static_cast<int32_t>(r));
@@ -54,8 +54,8 @@ void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip,
                        : fbc::lerp_word(*s, s[from->width], static_cast<uint32_t>(f),
                                         from->has_alpha, pixel);
         f += step;
-        r += f >> 16;
-        f &= 0xFFFF;
+        r += f >> fbc::kFixedShift;
+        f &= fbc::kFractionMask;
         fbc::fill_row(row.data(), n, pixel);
         out.draw(row.data(), nullptr, xc_image_pointer(dst, c.x1, y), n);
     }
@@ -79,8 +79,8 @@ void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip,
     fbc::RowBuffer row(n);
     const int64_t step = fbc::end_to_end_step(sw, dw);
     const int64_t position = int64_t{c.x1 - dst_area->x1} * step;
-    int64_t f = position & 0xFFFF;
-    int64_t x = src_area->x1 + (position >> 16);
+    int64_t f = position & fbc::kFractionMask;
+    int64_t x = src_area->x1 + (position >> fbc::kFixedShift);
     uint32_t pixel = 0;
     for (int32_t i = 0; i < n; ++i) {
         const uint32_t *s = fbc::word_at(from, static_cast<int32_t>(x), src_area->y1);
@@ -90,8 +90,8 @@ void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip,
         pixel = fbc::lerp_word(s[0], next, static_cast<uint32_t>(f), from->has_alpha, pixel);
         row[static_cast<size_t>(i)] = pixel;
         f += step;
-        x += f >> 16;
-        f &= 0xFFFF;
+        x += f >> fbc::kFixedShift;
+        f &= fbc::kFractionMask;
     }
     for (int32_t y = c.y1; y < c.y2; ++y)
         out.draw(row.data(), nullptr, xc_image_pointer(dst, c.x1, y), n);

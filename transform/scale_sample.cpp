@@ -31,21 +31,31 @@ int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
 }
 
 template <typename Pixel>
-void gather(const uint8_t *row, const int32_t *map, int32_t n, Pixel *out) {
+void gather(const uint8_t *row, const int32_t *map, int32_t n, void *out) {
     const auto *pixels = reinterpret_cast<const Pixel *>(row);
-    for (int32_t i = 0; i < n; ++i) out[i] = pixels[map[i]];
+    auto *to = static_cast<Pixel *>(out);
+    for (int32_t i = 0; i < n; ++i) to[i] = pixels[map[i]];
 }
 
 // Nearest-pixel rows, the source's and the destination's addressed as
 // `kind` says; sources of depth below 17 are gathered as 16-bit pixels
-// when `halfwords`.
+// when `halfwords`. Where the span function would only copy the gathered
+// row, the pixels are gathered straight into the destination row: each is
+// read once and written once.
 void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_area &d,
             DrawerKind kind, bool halfwords) {
     const xc_image *from = guard.source();
     const xg_area &c = guard.clip();
+    const RowWriter &out = guard.out();
     const int32_t n = width_of(c);
     const auto map = column_map(c, s, d);
-    const auto row = std::make_unique<uint32_t[]>(static_cast<size_t>(n));
+    const bool narrow = halfwords && from->depth < 17;
+    const auto gather_row = narrow ? gather<uint16_t> : gather<uint32_t>;
+    // Rows of words may run past a destination of narrower pixels; pointer
+    // rows lie in the image, and the guard checked their alignment.
+    const bool in_place = out.stores_source() && kind.dst_rows == Rows::pointer &&
+                          (narrow ? 2 : 4) == pointer_step(dst) && out.pixels_match(from);
+    const auto row = std::make_unique<uint32_t[]>(in_place ? 0 : static_cast<size_t>(n));
     // compat: rows of words start at the first source row as
     // xc_image_pointer places it (through rowstride), `width` words apart.
     const auto *first_words = kind.src_rows == Rows::words
@@ -55,11 +65,13 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
         const int32_t sy = source_row(y, s, d);
         const uint8_t *line = first_words ? first_words + int64_t{sy - s.y1} * from->width * 4
                                           : row_pixel(from, kind.src_rows, 0, sy);
-        if (halfwords && from->depth < 17)
-            gather(line, map.get(), n, reinterpret_cast<uint16_t *>(row.get()));
-        else
-            gather(line, map.get(), n, row.get());
-        guard.out().draw(row.get(), nullptr, row_pixel(dst, kind.dst_rows, c.x1, y), n);
+        uint8_t *to = row_pixel(dst, kind.dst_rows, c.x1, y);
+        if (in_place) {
+            gather_row(line, map.get(), n, to);
+        } else {
+            gather_row(line, map.get(), n, row.get());
+            out.draw(row.get(), nullptr, to, n);
+        }
     }
 }
 

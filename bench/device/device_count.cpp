@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "fbcompose/pixel.h"
+#include "fbcompose/transform.h"
 #include "pixel/kernel_table.hpp"
 
 namespace {
@@ -288,6 +289,79 @@ std::vector<Op> ops() {
     };
 }
 
+// Blits onto an 800x480 canvas from a source of the row's size, beside
+// pixman's scaled composite of the same pixels (edges padded, so that
+// neither side reads outside the source).
+struct Blit {
+    const char *name;
+    int sw, sh;
+    int smooth;
+    bool over;  // an alpha source blended, else an opaque one copied
+};
+
+const Blit kBlits[] = {
+    {"blit_nearest_copy_1.5x_up", 533, 320, 0, false},
+    {"blit_nearest_over_1.5x_up", 533, 320, 0, true},
+    {"blit_linear_2x_up", 400, 240, 1, false},
+    {"blit_linear_1.5x_up", 533, 320, 1, false},
+    {"blit_linear_0.5x_down", 1600, 960, 1, false},
+    {"blit_box_0.25x_down", 3200, 1920, 1, false},
+};
+
+const char *pixman_blit_job(const Blit &b) {
+    return b.over ? "OVER nearest a8r8g8b8 -> x8r8g8b8"
+           : b.smooth ? "SRC bilinear x8r8g8b8 -> x8r8g8b8"
+                      : "SRC nearest x8r8g8b8 -> x8r8g8b8";
+}
+
+// The source's pixels: opaque noise, or premultiplied content of the kind asked for.
+xc_image *blit_source(const Blit &b, bool icon) {
+    xc_image *image = b.over ? xc_image_new_from_data(b.sw, b.sh, nullptr, 32, 0, 0)
+                             : xc_image_create(b.sw, b.sh);
+    std::mt19937 rng(1);
+    uint32_t run_left = 0, run_kind = 0;
+    auto *p = reinterpret_cast<uint32_t *>(image->data);
+    for (int i = 0; i < b.sw * b.sh; ++i) {
+        uint32_t a = 255;
+        if (b.over && icon) {
+            if (run_left == 0) run_left = 1 + rng() % 32, run_kind = rng() % 3;
+            --run_left;
+            a = run_kind == 0 ? 0u : run_kind == 1 ? 255u : 1 + rng() % 254;
+        } else if (b.over) {
+            a = rng() & 255;
+        }
+        uint32_t word = a << 24;
+        for (int shift = 0; shift < 24; shift += 8) word |= ((rng() & 255) * a >> 8) << shift;
+        p[i] = word;
+    }
+    return image;
+}
+
+std::function<void()> blit_run(const Blit &b, bool ours, bool icon) {
+    xc_image *src = blit_source(b, icon);
+    xc_image *dst = xc_image_create(kWidth, kHeight);
+    if (ours)
+        return [=] {
+            const xg_area clip{0, 0, kWidth, kHeight};
+            xc_image_blit(src, dst, &clip, 0, 0, b.sw, b.sh, 0, 0, kWidth, kHeight, b.smooth,
+                          0xFFFFFFFF);
+        };
+    const auto wrap = [](xc_image *i, pixman_format_code_t f) {
+        return pixman_image_create_bits(f, i->width, i->height,
+                                        reinterpret_cast<uint32_t *>(i->data), i->rowstride);
+    };
+    pixman_image_t *s = wrap(src, b.over ? PIXMAN_a8r8g8b8 : PIXMAN_x8r8g8b8);
+    pixman_image_t *d = wrap(dst, PIXMAN_x8r8g8b8);
+    pixman_transform_t t;
+    pixman_transform_init_scale(&t, pixman_double_to_fixed(double(b.sw) / kWidth),
+                                pixman_double_to_fixed(double(b.sh) / kHeight));
+    pixman_image_set_transform(s, &t);
+    pixman_image_set_filter(s, b.smooth ? PIXMAN_FILTER_BILINEAR : PIXMAN_FILTER_NEAREST, nullptr, 0);
+    pixman_image_set_repeat(s, PIXMAN_REPEAT_PAD);
+    const pixman_op_t op = b.over ? PIXMAN_OP_OVER : PIXMAN_OP_SRC;
+    return [=] { pixman_image_composite32(op, s, nullptr, d, 0, 0, 0, 0, 0, 0, kWidth, kHeight); };
+}
+
 int usage() {
     std::fprintf(stderr, "usage: device_count list\n"
                          "       device_count OP ours|reference|pixman:N icon|random ITERATIONS\n");
@@ -304,11 +378,18 @@ int main(int argc, char **argv) {
             for (const Job &job : op.pixman) std::printf("\t%s", job.name.c_str());
             std::printf("\n");
         }
+        for (const Blit &b : kBlits) std::printf("%s\t%s\n", b.name, pixman_blit_job(b));
         return 0;
     }
     if (argc != 5) return usage();
     const std::string_view name = argv[1], side = argv[2], content = argv[3];
     const int iterations = std::atoi(argv[4]);
+    for (const Blit &b : kBlits)
+        if (name == b.name && iterations >= 0 && (side == "ours" || side == "pixman:0")) {
+            const std::function<void()> run = blit_run(b, side == "ours", content == "icon");
+            for (int i = 0; i < iterations; ++i) run();
+            return 0;
+        }
     const Op *op = nullptr;
     for (const Op &o : list)
         if (name == o.name) op = &o;

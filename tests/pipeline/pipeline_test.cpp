@@ -6,55 +6,24 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 #include <vector>
 
-#include "core/pixel_format.hpp"
 #include "fbcompose/draw.h"
 #include "fbcompose/pixel.h"
 #include "fbcompose/transform.h"
 #include "image_words.hpp"
+#include "seeded.hpp"
 #include "text/font_fixture.hpp"
 
 namespace {
 
+using test::Hash;
 using test::Image;
+using test::Rng;
 
 constexpr uint64_t kPipelineHash = 0xEB771C3897F13BB7;
 constexpr int32_t kW = 96, kH = 64;
 constexpr uint32_t kNoTint = 0xFFFFFFFF;
-
-// FNV-1a over bytes, 64-bit.
-struct Hash {
-    uint64_t value = 0xCBF29CE484222325u;
-    void add(const void *data, size_t bytes) {
-        for (size_t i = 0; i < bytes; ++i) {
-            value ^= static_cast<const uint8_t *>(data)[i];
-            value *= 0x100000001B3u;
-        }
-    }
-    void add(const xc_image *image) {
-        for (int32_t y = 0; y < image->height; ++y)
-            add(image->data + y * image->rowstride,
-                size_t(image->width * fbc::pixel_format::bytes_per_pixel(image->format)));
-    }
-};
-
-// The standard engine is the same sequence on every platform; distributions
-// are not, and neither is the order in which a call's arguments are
-// evaluated: one draw per call's argument list, or braces.
-struct Rng {
-    std::mt19937 engine{20240611};
-    int32_t below(int32_t n) { return int32_t(engine() % uint32_t(n)); }
-    int32_t between(int32_t lo, int32_t hi) { return lo + below(hi - lo + 1); }
-    uint32_t word() { return engine(); }
-    // Translucent half the time, else opaque, nearly opaque or transparent.
-    uint32_t color() {
-        static constexpr uint32_t kAlphas[] = {255, 254, 0, 128};
-        const uint32_t a = below(2) ? kAlphas[below(4)] : uint32_t(below(256));
-        return a << 24 | (word() & 0xFFFFFF);
-    }
-};
 
 // Depth 32: premultiplied artwork in runs of transparent, opaque and
 // translucent pixels; 24: an opaque photo; 16: RGB565 words.

@@ -1,13 +1,11 @@
-// The filtering scanline engine behind the box down-scalers and the linear
-// scaler: each direction is either a box average over every source pixel
-// that falls on a destination pixel, or a 16.16 linear interpolation.
+// The filters of the smoothing scalers, shared with the one-dimensional
+// resampler: along one direction, each destination pixel is either a box
+// average over every source pixel that falls on it, or a 16.16 linear
+// interpolation between two neighbours.
 #pragma once
 
 #include <cstdint>
 #include <vector>
-
-#include "fbcompose/image.h"
-#include "transform/drawer_guard.hpp"
 
 namespace fbc {
 
@@ -29,7 +27,8 @@ struct Tap {
 std::vector<Tap> make_taps(Filter filter, int32_t src_size, int32_t dst_size, int32_t from,
                            int32_t to);
 
-// floor(total / count) by a reciprocal multiply and one correction.
+// floor(total / count) by a reciprocal multiply and one correction: the
+// reciprocal is worked out once, the divisions are per channel.
 class Divider {
 public:
     explicit Divider(uint32_t count)
@@ -44,10 +43,17 @@ private:
     uint64_t reciprocal_;
 };
 
-// Draws the rows and columns of the guard's clip, one span call per row,
-// filtering horizontally with `fx` and vertically with `fy`; the guard has
-// let the drawing through.
-void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_area,
-                  const xg_area &dst_area, uint32_t color, Filter fx, Filter fy);
+// The box average of `count` pixels of four channels each, `stride`
+// channels apart, as a colour word: channel sums divided by `divide`.
+template <class Channel>
+uint32_t box_average(const Channel *channels, intptr_t stride, int32_t count,
+                     const Divider &divide) {
+    uint32_t sum[4] = {0, 0, 0, 0};
+    for (int32_t k = 0; k < count; ++k, channels += stride)
+        for (int ch = 0; ch < 4; ++ch) sum[ch] += channels[ch];
+    uint32_t out = 0;
+    for (int ch = 0; ch < 4; ++ch) out |= divide(sum[ch]) << (8 * ch);
+    return out;
+}
 
 }  // namespace fbc

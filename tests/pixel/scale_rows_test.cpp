@@ -1,0 +1,76 @@
+// Every variant of the scalers' row passes this CPU can run (also ones it
+// would not pick) against the reference: rows of 0 to 70 words at weights
+// on both sides of half and at the ends, taps anywhere in the row with the
+// next word or the same one. The reference itself is held to the 16.16
+// equation on every pair of bytes at a few weights.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <vector>
+
+#include "pixel/scale_rows.hpp"
+#include "seeded.hpp"
+
+namespace {
+
+using fbc::px::Kernel;
+using fbc::px::WordTap;
+using Words = std::vector<uint32_t>;
+
+constexpr uint32_t kWeights[] = {0, 1, 255, 256, 32767, 32768, 32769, 65280, 65535};
+
+template <class Fn, class Run>
+void each_variant(const Kernel<Fn> &kernel, Run run) {
+    for (const auto &v : kernel.variants) {
+        if (!v.run) continue;
+        if (fbc::px::cpu_has(v.isa)) run(v.name, v.run);
+        else std::printf("not run here: %s\n", v.name);
+    }
+}
+
+TEST(ScaleRows, TheReferenceIsTheSixteenSixteenEquation) {
+    for (uint32_t f : kWeights)
+        for (uint32_t c = 0; c < 256; ++c)
+            for (uint32_t n = 0; n < 256; n += 5) {
+                const uint32_t top = c * 0x01010101u, bottom = n * 0x01010101u;
+                const uint32_t want = ((n * f + c * (65536 - f)) >> 16) * 0x01010101u;
+                uint32_t rows = 0, words = 0;
+                const Words row{top, bottom};
+                const WordTap tap{0, 1, f};
+                fbc::px::lerp_rows(&top, &bottom, &rows, 1, f);
+                fbc::px::lerp_words(row.data(), &tap, &words, 1);
+                ASSERT_EQ((std::array{rows, words}), (std::array{want, want})) << c << " " << n << " " << f;
+            }
+}
+
+TEST(ScaleRows, EveryVariantEqualsTheReference) {
+    test::Rng rng(11);
+    for (int32_t n = 0; n <= 70; ++n)
+        for (int trial = 0; trial < 4; ++trial) {
+            Words top(size_t(n) + 1), bottom(top.size()), row(size_t(n) + 2);
+            for (auto *words : {&top, &bottom, &row})
+                for (uint32_t &v : *words) v = rng.word();
+            const uint32_t f = trial < 3 ? kWeights[rng.below(9)] : uint32_t(rng.below(65536));
+            std::vector<WordTap> taps;
+            for (int32_t i = 0; i < n; ++i) {
+                const int32_t at = rng.below(int32_t(row.size()) - 1);
+                taps.push_back({at, at + rng.below(2), uint32_t(rng.below(2) ? rng.below(65536) : f)});
+            }
+            Words want(size_t(n) + 1, 7), got;
+            fbc::px::kLerpRows.reference(top.data(), bottom.data(), want.data(), n, f);
+            each_variant(fbc::px::kLerpRows, [&](const char *name, auto run) {
+                got.assign(want.size(), 7);
+                run(top.data(), bottom.data(), got.data(), n, f);
+                EXPECT_EQ(got, want) << name << " n " << n << " f " << f;
+            });
+            fbc::px::kLerpWords.reference(row.data(), taps.data(), want.data(), n);
+            each_variant(fbc::px::kLerpWords, [&](const char *name, auto run) {
+                got.assign(want.size(), 7);
+                run(row.data(), taps.data(), got.data(), n);
+                EXPECT_EQ(got, want) << name << " n " << n;
+            });
+        }
+}
+
+}  // namespace
