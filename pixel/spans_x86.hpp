@@ -277,6 +277,24 @@ void cover_texture(const uint8_t *cov, void *dst, int32_t count, const uint32_t 
             cov + n, d + n, count - n, tex + n);
 }
 
+// A plain copy stored as the fills store: aligned, four registers a turn.
+// The C library's copy does the same, but its set-up, paid anew for every
+// row of a blit, makes it a few percent slower on 800-pixel rows.
+template <class T>
+void copy_run(const T *s, T *d, int32_t count) {
+    int32_t i = 0;
+    for (; i < count && reinterpret_cast<uintptr_t>(d + i) % sizeof(Reg) != 0; ++i) d[i] = s[i];
+    constexpr int32_t kStep = sizeof(Reg) / sizeof(T);
+    for (; count - i >= 4 * kStep; i += 4 * kStep) {
+        const Reg a = load(s + i), b = load(s + i + kStep);
+        const Reg c = load(s + i + 2 * kStep), e = load(s + i + 3 * kStep);
+        store_aligned(d + i, a), store_aligned(d + i + kStep, b);
+        store_aligned(d + i + 2 * kStep, c), store_aligned(d + i + 3 * kStep, e);
+    }
+    for (; count - i >= kStep; i += kStep) store_aligned(d + i, load(s + i));
+    for (; i < count; ++i) d[i] = s[i];
+}
+
 // Opaque copies that change the pixels on the way.
 void copy_rgb_to_rgba(const uint32_t *s, uint32_t *d, int32_t count) {
     const Reg alpha = splat(kAlpha);
@@ -329,6 +347,9 @@ void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32
 }
 void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t) {
     copy_rgb_to_rgba(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst), count);
+}
+void copy_pixels_16_to_16(const void *src, void *dst, int32_t count, uint32_t) {
+    copy_run(static_cast<const uint16_t *>(src), static_cast<uint16_t *>(dst), count);
 }
 void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t) {
     copy_rgba_to_16(static_cast<const uint32_t *>(src), static_cast<uint16_t *>(dst), count);
