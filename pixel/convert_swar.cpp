@@ -56,9 +56,9 @@ struct To666 {
     }
 };
 
+// Plain words, undithered: turned by turn_words below.
 struct Word {
     using Out = uint32_t;
-    static uint32_t pixel(uint32_t w, Bias) { return w; }
 };
 
 // The biases of output row j at positions i = 0..3 of a segment that starts at output x `x`.
@@ -110,6 +110,52 @@ template <class Format>
     return n & ~3;
 }
 
+// `quads` times, four words from p, `step` words apart, to o[0..3]; then o
+// has moved on by four and p by four steps. ARM loads with the step added
+// after each load and stores the four in one STM (seven instructions for
+// four pixels); GCC finds neither for a loop like the portable one below.
+inline void gather_quads(const uint32_t *&p, ptrdiff_t step, uint32_t *&o, int32_t quads) {
+#if defined(__arm__)
+    if (quads <= 0) return;
+    // STM stores registers in ascending order: the four are pinned.
+    register uint32_t w0 asm("r4"), w1 asm("r5"), w2 asm("r6"), w3 asm("r7");
+    asm volatile(
+        "1:\n\t"
+        "ldr %0, [%4], %7\n\t"
+        "ldr %1, [%4], %7\n\t"
+        "ldr %2, [%4], %7\n\t"
+        "ldr %3, [%4], %7\n\t"
+        "subs %6, %6, #1\n\t"
+        "stmia %5!, {%0, %1, %2, %3}\n\t"
+        "bne 1b"
+        : "=&r"(w0), "=&r"(w1), "=&r"(w2), "=&r"(w3), "+r"(p), "+r"(o), "+r"(quads)
+        : "r"(step * ptrdiff_t{sizeof(uint32_t)})
+        : "cc", "memory");
+#else
+    for (; quads > 0; --quads, o += 4) {
+        const uint32_t w0 = *p;
+        const uint32_t w1 = *(p += step);
+        const uint32_t w2 = *(p += step);
+        const uint32_t w3 = *(p += step);
+        p += step;
+        o[0] = w0, o[1] = w1, o[2] = w2, o[3] = w3;
+    }
+#endif
+}
+
+// Plain words: `rows` output rows of n pixels, row r from in + r x across.
+// The rows of a tile share one call, so that the registers are saved once a
+// tile, not once a row: a word costs only its load and its store.
+[[gnu::noinline]] void turn_words(const uint32_t *in, ptrdiff_t step, ptrdiff_t across,
+                                  uint32_t *out, ptrdiff_t out_stride, int32_t n, int32_t rows) {
+    for (; rows > 0; --rows, in += across, out += out_stride) {
+        const uint32_t *p = in;
+        uint32_t *o = out;
+        gather_quads(p, step, o, n >> 2);
+        for (int32_t k = n & 3; k > 0; --k, p += step) *o++ = *p;
+    }
+}
+
 // n output pixels from `in`, `step` words apart; pixel i takes bias[i & 3].
 template <class Format>
 void convert_row(const uint32_t *in, ptrdiff_t step, typename Format::Out *out, int32_t n,
@@ -148,10 +194,15 @@ void convert(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int
         const int32_t j1 = std::min(j0 + tile_rows, w.out_height);
         for (int32_t i0 = 0; i0 < w.out_width; i0 += tile_span) {
             const int32_t n = std::min(tile_span, w.out_width - i0);
-            for (int32_t j = j0; j < j1; ++j) {
-                if (!std::is_same_v<Format, Word>) row_biases(bias, i0, j, dither_x, dither_y);
-                convert_row<Format>(w.origin + j * w.across + i0 * w.along, w.along,
-                                    out + j * out_stride + i0, n, bias);
+            if constexpr (std::is_same_v<Format, Word>) {
+                turn_words(w.origin + j0 * w.across + i0 * w.along, w.along, w.across,
+                           out + j0 * out_stride + i0, out_stride, n, j1 - j0);
+            } else {
+                for (int32_t j = j0; j < j1; ++j) {
+                    row_biases(bias, i0, j, dither_x, dither_y);
+                    convert_row<Format>(w.origin + j * w.across + i0 * w.along, w.along,
+                                        out + j * out_stride + i0, n, bias);
+                }
             }
         }
     }

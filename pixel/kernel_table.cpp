@@ -39,7 +39,9 @@ constexpr Kernel<xc_draw_func> kDrawKernels[] = {
     FBC_KERNEL(xc_copy_pixels_16_to_rgb,
                FBC_X86(copy_pixels_16_to_rgb)
                FBC_SWAR(swar::copy_pixels_16_to_rgb)),
-    FBC_KERNEL(xc_copy_pixels_16_to_16),
+    FBC_KERNEL(xc_copy_pixels_16_to_16,
+               FBC_X86(copy_pixels_16_to_16)
+               FBC_SWAR(swar::copy_pixels_16_to_16)),
 };
 
 constexpr Kernel<xc_draw_func> kMulDrawKernels[] = {

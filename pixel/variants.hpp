@@ -37,6 +37,7 @@ void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32
 void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
 void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t color);
 void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
+void copy_pixels_16_to_16(const void *src, void *dst, int32_t count, uint32_t color);
 void blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count, uint32_t color);
 void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count, uint32_t color);
 void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,
@@ -87,6 +88,7 @@ void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_
     void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t);            \
     void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t);             \
     void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t);              \
+    void copy_pixels_16_to_16(const void *src, void *dst, int32_t count, uint32_t);               \
     void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,            \
                                             uint32_t color);                                      \
     void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,           \

@@ -5,7 +5,8 @@
 # icon-like and on random-alpha content. Each count runs device_count under
 # qemu-arm -cpu arm926 (an ARMv5TE core without SIMD, as on the device, so
 # pixman picks its plain C paths) with the armcount plugin, for two
-# iteration counts; their difference excludes start-up and set-up.
+# iteration counts; their difference excludes start-up and set-up. The 565
+# converters get a second pixman column: its ordered dither.
 #
 #   bash bench/device/count.sh [OPERATION-REGEX]
 #
@@ -75,10 +76,10 @@ check_c_paths() {
   fi
 }
 
-echo "| operation | content | ours insns/px | ours mem/px | reference insns/px | reference mem/px | pixman's job | pixman insns/px | pixman mem/px | insns pixman/ours | mem pixman/ours |"
-echo "|---|---|---:|---:|---:|---:|---|---:|---:|---:|---:|"
+echo "| operation | content | ours insns/px | ours mem/px | reference insns/px | reference mem/px | pixman's job | pixman insns/px | pixman mem/px | insns pixman/ours | mem pixman/ours | pixman dithered insns/px | pixman dithered mem/px |"
+echo "|---|---|---:|---:|---:|---:|---|---:|---:|---:|---:|---:|---:|"
 LD_LIBRARY_PATH=$libs qemu-arm -L /usr/arm-linux-gnueabi "$program" list | grep -E "^[^	]*($filter)" |
-while IFS=$'\t' read -r op jobs; do
+while IFS=$'\t' read -r op dithered jobs; do
   for content in icon random; do
     read -r oi om < <(per_pixel "$op" ours $content)
     read -r ri rm < <(per_pixel "$op" reference $content)
@@ -106,7 +107,11 @@ while IFS=$'\t' read -r op jobs; do
       ratio_i=$(awk -v a="$pi" -v b="$oi" 'BEGIN {printf "%.2f", a / b}')
       ratio_m=$(awk -v a="$pm" -v b="$om" 'BEGIN {printf "%.2f", a / b}')
     fi
-    echo "| $op | $content | $oi | $om | $ri | $rm | $best | $pi | $pm | $ratio_i | $ratio_m |"
+    # The 565 converters also beside pixman's ordered dither, which only its
+    # general path does.
+    di="-" dm="-"
+    [ "$dithered" = "-" ] || read -r di dm < <(per_pixel "$op" dithered $content)
+    echo "| $op | $content | $oi | $om | $ri | $rm | $best | $pi | $pm | $ratio_i | $ratio_m | $di | $dm |"
   done
 done
 echo

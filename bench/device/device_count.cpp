@@ -4,9 +4,10 @@
 // before the timed loop is the same for every iteration count, so the
 // difference of two counts is the work alone.
 //
-//   device_count list                          one line per operation: its name, then pixman's jobs
-//   device_count OP SIDE CONTENT ITERATIONS    SIDE: ours, reference or pixman:N (N-th job)
-//                                              CONTENT: icon or random
+//   device_count list                          one line per operation: its name, pixman's
+//                                              dithering job (or -), then pixman's jobs
+//   device_count OP SIDE CONTENT ITERATIONS    SIDE: ours, reference, dithered or pixman:N
+//                                              (N-th job); CONTENT: icon or random
 #include <pixman.h>
 
 #include <cstdio>
@@ -14,76 +15,34 @@
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <variant>
 #include <vector>
 
+#include "bench/content.hpp"
 #include "fbcompose/pixel.h"
 #include "fbcompose/transform.h"
 #include "pixel/kernel_table.hpp"
 
 namespace {
 
-constexpr int kWidth = 800, kHeight = 480, kPixels = kWidth * kHeight;
-
-template <class T>
-struct Pixels {
-    explicit Pixels(size_t n)
-        : data(static_cast<T *>(std::aligned_alloc(32, n * sizeof(T))), std::free) {}
-    T *get() const { return data.get(); }
-    T &operator[](size_t i) const { return data.get()[i]; }
-    std::unique_ptr<T, decltype(&std::free)> data;
-};
-
-// The pixels every job reads and writes. Icon-like sources, as artwork and
-// glyph masks have, come in runs of 1 to 32 pixels that are transparent,
-// opaque or partly covered, in equal shares (the host benchmark's content);
-// random ones draw each alpha anew. Colour is premultiplied by alpha.
-struct Content {
-    explicit Content(bool icon) {
-        std::mt19937 rng(1);
-        uint32_t run_left = 0, run_kind = 0;
-        auto alpha = [&]() -> uint32_t {
-            if (!icon) return rng() & 255;
-            if (run_left == 0) run_left = 1 + rng() % 32, run_kind = rng() % 3;
-            --run_left;
-            return run_kind == 0 ? 0u : run_kind == 1 ? 255u : 1 + rng() % 254;
-        };
-        auto premultiplied = [&] {
-            const uint32_t a = alpha();
-            uint32_t word = a << 24;
-            for (int shift = 0; shift < 24; shift += 8) word |= ((rng() & 255) * a >> 8) << shift;
-            return word;
-        };
-        for (size_t i = 0; i < kPixels; ++i) {
-            src[i] = premultiplied();
-            tex[i] = premultiplied();
-            opaque[i] = rng() | 0xFF000000u;
-            dst[i] = rng() | 0xFF000000u;
-            src16[i] = uint16_t(rng());
-            dst16[i] = uint16_t(rng());
-            cov[i] = uint8_t(alpha());
-        }
-    }
-    Pixels<uint32_t> src{kPixels}, tex{kPixels}, opaque{kPixels}, dst{kPixels};
-    Pixels<uint16_t> src16{kPixels}, dst16{kPixels};
-    Pixels<uint8_t> cov{kPixels};
-};
+using bench::Canvas;
+constexpr int kWidth = Canvas::kWidth, kHeight = Canvas::kHeight;
+constexpr size_t kPixels = Canvas::kPixels;
 
 constexpr uint32_t kOpaqueColor = 0xFF336699, kHalfColor = 0x80193350, kHalfWhite = 0x80FFFFFF;
 
 // What the job reads, by pixel kind.
 enum class Src { kNone, kArgb, kOpaque, k565, kTexture };
 
-const void *source(const Content &c, Src s) {
+const void *source(const Canvas &c, Src s) {
     switch (s) {
-        case Src::kArgb: return c.src.get();
-        case Src::kOpaque: return c.opaque.get();
-        case Src::k565: return c.src16.get();
-        case Src::kTexture: return c.tex.get();
+        case Src::kArgb: return c.src.data();
+        case Src::kOpaque: return c.opaque.data();
+        case Src::k565: return c.src16.data();
+        case Src::kTexture: return c.tex.data();
         default: return nullptr;
     }
 }
@@ -93,13 +52,13 @@ using Kernel = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_
 
 // Ours: one call per row, as the drawing code makes them; a converter takes
 // the whole canvas in one call, as for one damaged rectangle the panel's size.
-std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color, Content &c) {
+std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color, Canvas &c) {
     const auto *s32 = static_cast<const uint32_t *>(source(c, src));
-    const uint16_t *s16 = c.src16.get();
-    uint32_t *d32 = c.dst.get();
-    uint16_t *d16 = c.dst16.get();
-    const uint8_t *cov = c.cov.get();
-    const uint32_t *tex = c.tex.get();
+    const uint16_t *s16 = c.src16.data();
+    uint32_t *d32 = c.dst.data();
+    uint16_t *d16 = c.dst16.data();
+    const uint8_t *cov = c.cov.data();
+    const uint32_t *tex = c.tex.data();
     // Row y's source and destination.
     const auto in = [=](int y) -> const void * {
         return src == Src::k565 ? static_cast<const void *>(s16 + y * kWidth) : s32 + y * kWidth;
@@ -136,11 +95,13 @@ Kernel chosen_for(const Kernel &k) {
 
 // pixman's side: images over the same pixels, made before the loop.
 
-enum class Pix { kNone, kArgb, kXrgb, kRgb565, kA8, kSolid, kHalfSolid, kHalfMask };
+// kXbgr: the same words read with red and blue swapped, a format none of
+// pixman's fast paths takes, so that its general path runs and dithers.
+enum class Pix { kNone, kArgb, kXrgb, kXbgr, kRgb565, kA8, kSolid, kHalfSolid, kHalfMask };
 
 using Image = std::shared_ptr<pixman_image_t>;
 
-Image image(Content &c, Pix p, Src from, bool is_dst, bool rotated_out) {
+Image image(Canvas &c, Pix p, Src from, bool is_dst, bool rotated_out) {
     const auto release = [](pixman_image_t *i) { pixman_image_unref(i); };
     if (p == Pix::kNone) return nullptr;
     if (p == Pix::kSolid || p == Pix::kHalfSolid || p == Pix::kHalfMask) {
@@ -150,11 +111,12 @@ Image image(Content &c, Pix p, Src from, bool is_dst, bool rotated_out) {
         return Image(pixman_image_create_solid_fill(&color), release);
     }
     const pixman_format_code_t format = p == Pix::kXrgb     ? PIXMAN_x8r8g8b8
+                                        : p == Pix::kXbgr   ? PIXMAN_x8b8g8r8
                                         : p == Pix::kRgb565 ? PIXMAN_r5g6b5
                                         : p == Pix::kA8     ? PIXMAN_a8
                                                             : PIXMAN_a8r8g8b8;
-    void *bits = p == Pix::kA8 ? static_cast<void *>(c.cov.get())
-                 : is_dst      ? (p == Pix::kRgb565 ? static_cast<void *>(c.dst16.get()) : c.dst.get())
+    void *bits = p == Pix::kA8 ? static_cast<void *>(c.cov.data())
+                 : is_dst      ? (p == Pix::kRgb565 ? static_cast<void *>(c.dst16.data()) : c.dst.data())
                                : const_cast<void *>(source(c, from));
     const int w = rotated_out ? kHeight : kWidth, h = rotated_out ? kWidth : kHeight;
     const int bpp = PIXMAN_FORMAT_BPP(format) / 8;
@@ -178,15 +140,16 @@ void rotate(pixman_image_t *src, int rotation) {
 // A job for pixman, described; made into a run for a content.
 struct Job {
     std::string name;
-    std::function<std::function<void()>(Content &)> make;
+    std::function<std::function<void()>(Canvas &)> make;
 };
 
 Job composite(std::string name, pixman_op_t op, Pix src, Src from, Pix mask, Pix dst,
-              int rotation = 0) {
-    return {std::move(name), [=](Content &c) -> std::function<void()> {
+              int rotation = 0, bool dither = false) {
+    return {std::move(name), [=](Canvas &c) -> std::function<void()> {
                 Image s = image(c, src, from, false, false);
                 Image m = image(c, mask, from, false, false);
                 Image d = image(c, dst, from, true, rotation != 0);
+                if (dither) pixman_image_set_dither(d.get(), PIXMAN_DITHER_ORDERED_BAYER_8);
                 if (rotation) rotate(s.get(), rotation);
                 const int w = rotation ? kHeight : kWidth, h = rotation ? kWidth : kHeight;
                 return [=] {
@@ -196,17 +159,17 @@ Job composite(std::string name, pixman_op_t op, Pix src, Src from, Pix mask, Pix
 }
 
 Job fill(uint32_t color) {
-    return {"pixman_fill", [=](Content &c) -> std::function<void()> {
+    return {"pixman_fill", [=](Canvas &c) -> std::function<void()> {
                 return [&c, color] {
-                    if (!pixman_fill(c.dst.get(), kWidth, 32, 0, 0, kWidth, kHeight, color)) std::abort();
+                    if (!pixman_fill(c.dst.data(), kWidth, 32, 0, 0, kWidth, kHeight, color)) std::abort();
                 };
             }};
 }
 
 Job blt(int bpp) {
-    return {"pixman_blt", [=](Content &c) -> std::function<void()> {
+    return {"pixman_blt", [=](Canvas &c) -> std::function<void()> {
                 auto *s = static_cast<uint32_t *>(const_cast<void *>(source(c, bpp == 16 ? Src::k565 : Src::kArgb)));
-                auto *d = bpp == 16 ? reinterpret_cast<uint32_t *>(c.dst16.get()) : c.dst.get();
+                auto *d = bpp == 16 ? reinterpret_cast<uint32_t *>(c.dst16.data()) : c.dst.data();
                 const int stride = kWidth * bpp / 32;
                 return [=] {
                     if (!pixman_blt(s, d, stride, stride, bpp, bpp, 0, 0, 0, 0, kWidth, kHeight))
@@ -222,7 +185,15 @@ struct Op {
     bool dst16;
     uint32_t color;
     std::vector<Job> pixman;  // the same job done by pixman, in each way a user might ask for it
+    Job dithered = {};        // pixman's nearest dithering job, for the 565 converters
 };
+
+// pixman's ordered dither (Bayer 8x8) into RGB565, turned by `rotation`.
+Job dithered_565(int rotation) {
+    const std::string turn = rotation ? " rot " + std::to_string(rotation) : "";
+    return composite("SRC x8b8g8r8" + turn + " -> r5g6b5, Bayer 8", PIXMAN_OP_SRC, Pix::kXbgr,
+                     Src::kArgb, Pix::kNone, Pix::kRgb565, rotation, true);
+}
 
 std::vector<Op> ops() {
     const auto over = PIXMAN_OP_OVER, copy = PIXMAN_OP_SRC;
@@ -270,13 +241,17 @@ std::vector<Op> ops() {
         {"blend_pixels_mul_color_rgb_to_rgba", xc_blend_pixels_mul_color_rgb_to_rgba, S::kOpaque, false, kHalfColor,
          {composite("OVER x8r8g8b8, solid mask -> a8r8g8b8", over, P::kXrgb, S::kOpaque, P::kHalfMask, P::kArgb)}},
         // pixman does not dither on its fast paths: the dithering converters
-        // are measured against its plain 565 copy.
+        // are measured against its plain 565 copy, and beside its dithering
+        // general path.
         {"convert_rgba_to_16", xc_convert_rgba_to_16, S::kArgb, true, 0,
-         {composite("SRC a8r8g8b8 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565)}},
+         {composite("SRC a8r8g8b8 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565)},
+         dithered_565(0)},
         {"convert_rgba_to_16_90", xc_convert_rgba_to_16_90, S::kArgb, true, 0,
-         {composite("SRC rot 90 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 90)}},
+         {composite("SRC rot 90 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 90)},
+         dithered_565(90)},
         {"convert_rgba_to_16_270", xc_convert_rgba_to_16_270, S::kArgb, true, 0,
-         {composite("SRC rot 270 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 270)}},
+         {composite("SRC rot 270 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 270)},
+         dithered_565(270)},
         {"convert_rgba_to_18", xc_convert_rgba_to_18, S::kArgb, false, 0, {}},
         {"convert_rgba_to_18_90", xc_convert_rgba_to_18_90, S::kArgb, false, 0, {}},
         {"convert_rgba_to_18_270", xc_convert_rgba_to_18_270, S::kArgb, false, 0, {}},
@@ -364,7 +339,8 @@ std::function<void()> blit_run(const Blit &b, bool ours, bool icon) {
 
 int usage() {
     std::fprintf(stderr, "usage: device_count list\n"
-                         "       device_count OP ours|reference|pixman:N icon|random ITERATIONS\n");
+                         "       device_count OP ours|reference|dithered|pixman:N icon|random "
+                         "ITERATIONS\n");
     return 2;
 }
 
@@ -374,7 +350,7 @@ int main(int argc, char **argv) {
     const std::vector<Op> list = ops();
     if (argc == 2 && std::string_view(argv[1]) == "list") {
         for (const Op &op : list) {
-            std::printf("%s", op.name);
+            std::printf("%s\t%s", op.name, op.dithered.make ? op.dithered.name.c_str() : "-");
             for (const Job &job : op.pixman) std::printf("\t%s", job.name.c_str());
             std::printf("\n");
         }
@@ -395,10 +371,11 @@ int main(int argc, char **argv) {
         if (name == o.name) op = &o;
     if (!op || (content != "icon" && content != "random") || iterations < 0) return usage();
 
-    Content c(content == "icon");
+    Canvas c(content == "icon" ? bench::Content::kIcons : bench::Content::kRandom);
     std::function<void()> run;
     if (side == "ours") run = ours(chosen_for(op->reference), op->src, op->dst16, op->color, c);
     else if (side == "reference") run = ours(op->reference, op->src, op->dst16, op->color, c);
+    else if (side == "dithered" && op->dithered.make) run = op->dithered.make(c);
     else if (side.substr(0, 7) == "pixman:") {
         const size_t job = size_t(std::atoi(argv[2] + 7));
         if (job >= op->pixman.size()) return usage();

@@ -14,68 +14,22 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "fbcompose/pixel.h"
 #include "pixel/kernel_table.hpp"
+#include "bench/content.hpp"
 #include "report.hpp"
 
 namespace {
 
-constexpr int kWidth = 800, kHeight = 480;
-constexpr size_t kPixels = size_t(kWidth) * kHeight;
-
-enum class Content { kIcons, kRandom };
-constexpr Content kContents[] = {Content::kIcons, Content::kRandom};
-const char *content_name(Content c) { return c == Content::kIcons ? "icons" : "random"; }
-
-// Alpha or coverage values along a run of pixels. Icons and glyph masks:
-// runs of 1 to 32 pixels that are transparent, opaque or partly covered, in
-// equal shares. Random: every value equally likely.
-class Alphas {
-public:
-    Alphas(Content content, std::mt19937 &rng) : content_(content), rng_(rng) {}
-    uint32_t operator()() {
-        if (content_ == Content::kRandom) return rng_() & 255;
-        if (left_ == 0) left_ = 1 + rng_() % 32, kind_ = rng_() % 3;
-        --left_;
-        return kind_ == 0 ? 0u : kind_ == 1 ? 255u : 1 + rng_() % 254;
-    }
-
-private:
-    Content content_;
-    std::mt19937 &rng_;
-    uint32_t left_ = 0, kind_ = 0;
-};
-
-// The pixels of one content, shared by our primitives and pixman's images;
-// the source, texture and coverage runs each have runs of their own.
-struct Canvas {
-    explicit Canvas(Content content) {
-        std::mt19937 rng(1);
-        Alphas src_alpha(content, rng), tex_alpha(content, rng), coverage(content, rng);
-        auto premultiplied = [&](uint32_t a) {
-            uint32_t word = a << 24;
-            for (int shift = 0; shift < 24; shift += 8) word |= ((rng() & 255) * a >> 8) << shift;
-            return word;
-        };
-        src.resize(kPixels), tex.resize(kPixels), opaque.resize(kPixels), dst.resize(kPixels);
-        src16.resize(kPixels), dst16.resize(kPixels), cov.resize(kPixels);
-        for (size_t i = 0; i < kPixels; ++i) {
-            src[i] = premultiplied(src_alpha());
-            tex[i] = premultiplied(tex_alpha());
-            opaque[i] = rng() | 0xFF000000u;
-            dst[i] = rng() | 0xFF000000u;
-            src16[i] = uint16_t(rng());
-            cov[i] = uint8_t(coverage());
-        }
-    }
-    std::vector<uint32_t> src, tex, opaque, dst;
-    std::vector<uint16_t> src16, dst16;
-    std::vector<uint8_t> cov;
-};
+using bench::Canvas;
+using bench::Content;
+using bench::content_name;
+using bench::kContents;
+constexpr int kWidth = Canvas::kWidth, kHeight = Canvas::kHeight;
+constexpr size_t kPixels = Canvas::kPixels;
 
 Canvas &canvas(Content content) {
     static Canvas icons(Content::kIcons), random(Content::kRandom);
@@ -232,14 +186,13 @@ Prepare pixman_blt(int bpp) {
 // The ratio to pixman that each kind of row is meant to reach.
 constexpr double kAhead = 1.5, kLevel = 0.9;
 
-// A primitive of any kind, its type erased.
-using Erased = void (*)();
-
-// One primitive: its reference (whose row gives the pick), how to call it,
-// and pixman's way to do the same job.
+// One primitive: how to time it as ours (the pick of its row, what the
+// getters hand out on this CPU) and as its reference, and pixman's way to do
+// the same job.
 struct Op {
-    std::function<Prepare(Erased)> ours;  // called with the function to time
-    Erased reference;
+    Prepare ours, reference;
+    bool has_variant;       // the pick is not the reference
+    std::string pick_name;  // the variant's internal name, or "reference"
     const char *name;
     const char *pixman_name;
     Prepare theirs;
@@ -247,10 +200,15 @@ struct Op {
 };
 
 template <class Fn>
-Op op(Fn reference, const char *name, std::function<Prepare(Fn)> ours, const char *pixman_name,
-      Prepare theirs, double target) {
-    return {[ours](Erased f) { return ours(reinterpret_cast<Fn>(f)); },
-            reinterpret_cast<Erased>(reference), name, pixman_name, std::move(theirs), target};
+Op op(Fn reference, const char *name, const std::function<Prepare(Fn)> &call,
+      const char *pixman_name, Prepare theirs, double target) {
+    const Fn pick = fbc::px::chosen(reference);
+    std::string pick_name = "reference";
+    if (const auto *row = fbc::px::find_kernel(reference))
+        for (const auto &v : row->variants)
+            if (v.run && v.run == pick) pick_name = v.name;
+    return {call(pick), call(reference), pick != reference, std::move(pick_name),
+            name,       pixman_name,     std::move(theirs), target};
 }
 
 #define OP(fn, call, ...) \
@@ -324,26 +282,6 @@ std::vector<Op> ops() {
     };
 }
 
-// The row's pick for an op, and its name.
-struct Picked {
-    Erased pick;
-    std::string name;
-};
-
-Picked picked(const Op &op) {
-    Picked out{op.reference, "reference"};
-    fbc::px::for_each_family([&](const auto &family) {
-        for (const auto &k : family.kernels) {
-            if (reinterpret_cast<Erased>(k.reference) != op.reference) continue;
-            const auto pick = k.pick();
-            out.pick = reinterpret_cast<Erased>(pick);
-            for (const auto &v : k.variants)
-                if (v.run && v.run == pick) out.name = v.name;
-        }
-    });
-    return out;
-}
-
 void time_run(benchmark::State &state, Content content, const Prepare &prepare) {
     const Run run = prepare(canvas(content));
     for (auto _ : state) {
@@ -362,15 +300,14 @@ void print_table(const std::vector<Op> &list, const std::map<std::string, double
                 "| ours / pixman | target | reference Mpx/s | ours / reference |\n");
     std::printf("|---|---|---|---:|---|---:|---:|---:|---:|---:|\n");
     for (const Op &op : list) {
-        const Picked p = picked(op);
         for (Content c : kContents) {
             const std::string ours = key("ours", op, c), theirs = key("pixman", op, c);
             if (!rates.count(ours)) continue;
-            const std::string reference = p.pick == op.reference ? ours : key("reference", op, c);
+            const std::string reference = op.has_variant ? key("reference", op, c) : ours;
             const std::string ratio = bench::ratio(rates, ours, theirs);
             const bool met = ratio != "-" && rates.at(ours) >= op.target * rates.at(theirs);
             std::printf("| %s | %s | %s | %s | %s | %s | %s | %.1f%s | %s | %s |\n", op.name + 3,
-                        p.name.c_str(), content_name(c), bench::cell(rates, ours).c_str(),
+                        op.pick_name.c_str(), content_name(c), bench::cell(rates, ours).c_str(),
                         op.pixman_name, bench::cell(rates, theirs).c_str(), ratio.c_str(),
                         op.target, met || ratio == "-" ? "" : " missed", bench::cell(rates, reference).c_str(),
                         bench::ratio(rates, ours, reference).c_str());
@@ -393,10 +330,9 @@ int main(int argc, char **argv) {
         });
     };
     for (const Op &op : list) {
-        const Picked p = picked(op);
         for (Content c : kContents) {
-            add(key("ours", op, c), c, op.ours(p.pick));
-            if (p.pick != op.reference) add(key("reference", op, c), c, op.ours(op.reference));
+            add(key("ours", op, c), c, op.ours);
+            if (op.has_variant) add(key("reference", op, c), c, op.reference);
             add(key("pixman", op, c), c, op.theirs);
         }
     }
