@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config python3
           libfreetype-dev libpng-dev libjpeg62-turbo-dev libgif-dev zlib1g-dev
           libgtest-dev libbenchmark-dev libpixman-1-dev
-          g++-arm-linux-gnueabi qemu-user clang libclang-rt-14-dev valgrind
+          g++-arm-linux-gnueabi qemu-user clang clang-format-14 libclang-rt-14-dev valgrind
           fonts-dejavu-core fonts-wqy-microhei)
 missing=()
 for p in "${packages[@]}"; do

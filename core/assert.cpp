@@ -13,8 +13,8 @@ void assert_fail(const char *module, unsigned line, const char *function,
     // Standard output carries the library's diagnostics; flush it so they
     // precede the assertion line.
     std::fflush(stdout);
-    log_err("%s: %s:%u: %s: Assertion `%s' failed.\n", program_invocation_short_name, module,
-            line, function, text);
+    log_err("%s: %s:%u: %s: Assertion `%s' failed.\n", program_invocation_short_name, module, line,
+            function, text);
     std::abort();
 }
 

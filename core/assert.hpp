@@ -5,8 +5,8 @@ namespace fbc {
 
 // Flushes standard output, prints one line in the C library's assert format
 // naming the module, the function and the assertion text, then aborts.
-[[noreturn]] void assert_fail(const char *module, unsigned line,
-                              const char *function, const char *text) noexcept;
+[[noreturn]] void assert_fail(const char *module, unsigned line, const char *function,
+                              const char *text) noexcept;
 
 }  // namespace fbc
 

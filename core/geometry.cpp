@@ -78,8 +78,8 @@ void xg_color_premultiply(uint32_t *color) {
 }
 
 void xc_print_area(const xg_area *area, const char *name) {
-    fbc::log_out("%s: x1 = %d y1 = %d x2 = %d y2 = %d\n", name, area->x1,
-                area->y1, area->x2, area->y2);
+    fbc::log_out("%s: x1 = %d y1 = %d x2 = %d y2 = %d\n", name, area->x1, area->y1, area->x2,
+                 area->y2);
 }
 
 }  // extern "C"

@@ -83,9 +83,10 @@ xc_image *xc_image_lookup_in_cache(const char *filename) {
     fbc::inactive = xg_list_remove_list(fbc::inactive, item);
     fbc::inactive_bytes -= fbc::image_cache_bytes(image);
     if (image->no_cache) {
-        fbc::log_out("%s: bad filename(%s) is set no-cache but it is in cache "
-                    "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!\n",
-                    "xc_image_lookup_in_cache", filename);
+        fbc::log_out(
+            "%s: bad filename(%s) is set no-cache but it is in cache "
+            "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!\n",
+            "xc_image_lookup_in_cache", filename);
     }
     if (++image->ref == 1 && image->filename) fbc::xc_image_add_active(image);
     return image;
@@ -115,8 +116,8 @@ void xc_image_invalidate(xc_image *image) {
     image->no_cache = 1;
 }
 
-void xg_image_set_info(const char *filename, int32_t width, int32_t height,
-                       uint32_t has_alpha, const char *type) {
+void xg_image_set_info(const char *filename, int32_t width, int32_t height, uint32_t has_alpha,
+                       const char *type) {
     xg_image_info info{width, height, has_alpha, nullptr};
     if (type && std::strcmp(type, "png") == 0) info.type_name = "png";
     else if (type && std::strcmp(type, "jpg") == 0) info.type_name = "jpg";

@@ -41,8 +41,8 @@ void image_destroy(xc_image *image) {
         if (!image->foreign_data) {
             std::free(image->data);
         } else if (image->mapped) {
-            munmap(image->data, static_cast<size_t>(image->rowstride) *
-                                    static_cast<size_t>(image->height));
+            munmap(image->data,
+                   static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
         }
     }
     std::free(image->filename);
@@ -77,14 +77,14 @@ xc_image *xc_image_create(int32_t width, int32_t height) {
 
 uint8_t *xc_image_alloc_data(xc_image *image) {
     if (image->rowstride < 1) image->rowstride = fbc::row_bytes(image->width, 4);
-    image->data = fbc::allocate_pixels(
-        image->rowstride < 1 ? std::nullopt
-                             : fbc::checked_product(image->rowstride, image->height));
+    image->data = fbc::allocate_pixels(image->rowstride < 1
+                                           ? std::nullopt
+                                           : fbc::checked_product(image->rowstride, image->height));
     return image->data;
 }
 
-xc_image *xc_image_new_from_data(int32_t width, int32_t height, void *data,
-                                 int32_t depth, int copy, int foreign) {
+xc_image *xc_image_new_from_data(int32_t width, int32_t height, void *data, int32_t depth, int copy,
+                                 int foreign) {
     const auto bytes = fbc::checked_product(width, height, 4);
     xc_image *image;
     if (copy) {
@@ -113,9 +113,8 @@ xc_image *xc_image_new_from_data(int32_t width, int32_t height, void *data,
     return image;
 }
 
-xc_image *xc_image_new_with_data(int32_t width, int32_t height, void *data,
-                                 uint32_t format, int copy, int foreign,
-                                 int32_t rowstride) {
+xc_image *xc_image_new_with_data(int32_t width, int32_t height, void *data, uint32_t format,
+                                 int copy, int foreign, int32_t rowstride) {
     xc_image *image = xc_image_new();
     image->width = width;
     image->height = height;
@@ -125,9 +124,8 @@ xc_image *xc_image_new_with_data(int32_t width, int32_t height, void *data,
                            : fbc::row_bytes(width, fbc::pixel_format::bytes_per_pixel(format));
     image->depth = fbc::pixel_format::depth_of(format);
     image->has_alpha = format == fbc::pixel_format::kRgba;
-    const auto bytes = image->rowstride < 1
-                           ? std::nullopt
-                           : fbc::checked_product(image->rowstride, height);
+    const auto bytes =
+        image->rowstride < 1 ? std::nullopt : fbc::checked_product(image->rowstride, height);
     if (copy) {
         if (xc_image_alloc_data(image) && data && bytes)
             std::memcpy(image->data, data, static_cast<size_t>(*bytes));
@@ -160,7 +158,7 @@ void xc_image_unref(xc_image *image) {
     --image->ref;
     if (image->ref < 0) {
         fbc::log_out("!!!!!!!!!!!!!!!!!!!!!!!!!!!! image ref(%p) is negative: %d\n",
-                    static_cast<void *>(image), image->ref);
+                     static_cast<void *>(image), image->ref);
         return;
     }
     if (image->ref > 0) return;

@@ -37,9 +37,7 @@ inline bool words_addressable(const xc_image *image) {
 }
 
 // Bytes per pixel as xc_image_pointer steps them.
-inline int32_t pointer_step(const xc_image *image) {
-    return image->depth == 16 ? 2 : 4;
-}
+inline int32_t pointer_step(const xc_image *image) { return image->depth == 16 ? 2 : 4; }
 
 // Bytes of the pixel block: the constructors allocate (at least) rowstride
 // x height.

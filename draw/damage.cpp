@@ -20,8 +20,7 @@ int32_t &tile(xc_dm *dm, int32_t row, int32_t col) {
 }
 
 size_t tile_bytes(const xc_dm *dm) {
-    return static_cast<size_t>(dm->cols) * static_cast<size_t>(dm->rows) *
-           sizeof(int32_t);
+    return static_cast<size_t>(dm->cols) * static_cast<size_t>(dm->rows) * sizeof(int32_t);
 }
 
 // Length of the run of set tiles that starts at (row, col), clearing it.

@@ -68,7 +68,7 @@ void draw_horizontal(const Canvas &c, const xg_area &clip, int32_t y, int32_t x0
 // the error is not negative (subtracting a) and adds b.
 struct Walk {
     int64_t major, minor, error;
-    int64_t end;        // major coordinate of the last pixel
+    int64_t end;         // major coordinate of the last pixel
     int32_t smaj, smin;  // steps, +1 or -1
     int64_t a, b;
 
@@ -144,7 +144,8 @@ extern "C" {
 void xc_line_draw(xc_image *image, const xg_area *clip, int32_t x0, int32_t y0, int32_t x1,
                   int32_t y1, uint32_t color) {
     if (!fbc::words_addressable(image)) return;
-    const fbc::Canvas canvas{image, {0, 0, image->width, image->height},
+    const fbc::Canvas canvas{image,
+                             {0, 0, image->width, image->height},
                              image->has_alpha ? fbc::plot_rgba : fbc::plot_rgb};
     if (x0 == x1 && y0 == y1) {
         fbc::draw_point(canvas, *clip, x0, y0, color);

@@ -84,8 +84,7 @@ void add_edge(Scan &scan, Edge *e, const xg_point &a, const xg_point &b, int32_t
 }
 
 // Edges for (last, first), (first, second), ...; horizontal ones are skipped.
-int32_t build_edges(Scan &scan, Edge *edges, xg_list *points, int32_t x_offset,
-                    int32_t y_offset) {
+int32_t build_edges(Scan &scan, Edge *edges, xg_list *points, int32_t x_offset, int32_t y_offset) {
     int32_t count = 0;
     const auto *prev = static_cast<const xg_point *>(points->last->data);
     for (xg_list_item *item = points->first; item; item = item->next) {
@@ -178,8 +177,7 @@ void step_many(Scan &scan, int64_t k, int32_t count) {
 // Scanlines above the clip draw nothing; they are stepped in runs between
 // the edges' ends rather than one by one, so a vertex far above the clip
 // costs no more than one near it.
-void scan_polygon(Scan &scan, int32_t edges, xc_image *image, const xg_area &box,
-                  uint32_t color) {
+void scan_polygon(Scan &scan, int32_t edges, xc_image *image, const xg_area &box, uint32_t color) {
     const xc_fill_func fill = xc_get_fill_func(color, image);
     const int32_t last = std::min(scan.bottom, box.y2 - 1);
     if (box.y1 > last) return;

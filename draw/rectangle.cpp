@@ -21,7 +21,8 @@ void xc_rectangle_draw(xc_image *image, const xg_area *clip, xg_area *area, uint
     const int32_t width = box.x2 - box.x1;
     xg_color_premultiply(&color);
     const xc_fill_func fill = xc_get_fill_func(color, image);
-    for (int32_t y = box.y1; y < box.y2; ++y) fill(color, fbc::shape_pixel(image, box.x1, y), width);
+    for (int32_t y = box.y1; y < box.y2; ++y)
+        fill(color, fbc::shape_pixel(image, box.x1, y), width);
 }
 
 }  // extern "C"

@@ -22,13 +22,15 @@ std::vector<std::string> index_names(const uint8_t *data, size_t size, size_t mo
     std::vector<std::string> names;
     fuzz::Input in(data, size);
     in.take<uint64_t>();  // magic
-    for (auto count = in.take<int32_t>(); count > 0 && names.size() < most && in.rest_size() >= 8; --count) {
+    for (auto count = in.take<int32_t>(); count > 0 && names.size() < most && in.rest_size() >= 8;
+         --count) {
         in.take<int32_t>();  // offset
         const auto length = static_cast<size_t>(in.take<uint32_t>());
         if (length > in.rest_size()) break;
         std::string name(reinterpret_cast<const char *>(in.rest()), length);
         for (size_t i = 0; i < length; ++i) in.take<uint8_t>();
-        if (!name.empty() && name.find_first_of(std::string("/\0", 2)) == std::string::npos) names.push_back(name);
+        if (!name.empty() && name.find_first_of(std::string("/\0", 2)) == std::string::npos)
+            names.push_back(name);
     }
     names.push_back("absent.png");
     return names;

@@ -10,10 +10,16 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 
 namespace {
 
-const xc_scale_func kDrawers[] = {
-    xc_scale_noscale, xc_scale_sample, xc_scale_sample_rgb16_to_rgb16, xc_scale_h,
-    xc_scale_v, xc_scale_smooth, xc_scale_linear, xc_image_scale_down_x,
-    xc_image_scale_down_y, xc_image_scale_down_xy};
+const xc_scale_func kDrawers[] = {xc_scale_noscale,
+                                  xc_scale_sample,
+                                  xc_scale_sample_rgb16_to_rgb16,
+                                  xc_scale_h,
+                                  xc_scale_v,
+                                  xc_scale_smooth,
+                                  xc_scale_linear,
+                                  xc_image_scale_down_x,
+                                  xc_image_scale_down_y,
+                                  xc_image_scale_down_xy};
 constexpr size_t kDrawerCount = sizeof kDrawers / sizeof kDrawers[0];
 
 void blit(fuzz::Input &in, xc_image *src, xc_image *dst, const xg_area &clip) {
@@ -48,10 +54,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     // A few calls per input, so that one image sees drawings pile up.
     for (int calls = 1 + in.take<uint8_t>() % 3; calls > 0; --calls) {
         const auto which = static_cast<uint8_t>(in.take<uint8_t>() % (kDrawerCount + 2));
-        if (which == kDrawerCount + 1)
-            blit(in, src, dst, clip);
-        else
-            draw_directly(in, src, dst, clip, which);
+        if (which == kDrawerCount + 1) blit(in, src, dst, clip);
+        else draw_directly(in, src, dst, clip, which);
     }
     return 0;
 }

@@ -56,8 +56,8 @@ inline void touch_pixels(const xc_image *image) {
     if (!image->data) return;
     uint32_t sum = 0;
     for (int32_t y = 0; y < image->height; ++y) {
-        const auto *row = reinterpret_cast<const uint32_t *>(image->data + static_cast<size_t>(y) *
-                                                                               static_cast<size_t>(image->rowstride));
+        const auto *row = reinterpret_cast<const uint32_t *>(
+            image->data + static_cast<size_t>(y) * static_cast<size_t>(image->rowstride));
         for (int32_t x = 0; x < image->width; ++x) sum += row[x];
     }
     touched_sum = sum;
@@ -89,8 +89,10 @@ inline void load_every_frame(const std::string &path, const xc_image *const *sam
     if (loaded) touch_pixels(image);
     xc_image_get_delay(image);
     int32_t delay, x, y, w, h;
-    for (int last = 0, frame; (frame = xc_image_next_frame(image, &delay, &x, &y, &w, &h)) > last; last = frame) {
-        if (x < 0 || y < 0 || w < 0 || h < 0 || x > image->width - w || y > image->height - h) std::abort();
+    for (int last = 0, frame; (frame = xc_image_next_frame(image, &delay, &x, &y, &w, &h)) > last;
+         last = frame) {
+        if (x < 0 || y < 0 || w < 0 || h < 0 || x > image->width - w || y > image->height - h)
+            std::abort();
         touch_pixels(image);
     }
     xc_image_unref(image);

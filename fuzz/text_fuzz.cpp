@@ -66,9 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     xc_font *font = fonts[in.take<uint8_t>() % 4];
     if (!font) return 0;  // the font is not installed
     const std::vector<uint16_t> units = text(in);
-    if (in.take<uint8_t>() & 1)
-        draw(in, images, font, units.data());
-    else
-        measure(in, font, units.data());
+    if (in.take<uint8_t>() & 1) draw(in, images, font, units.data());
+    else measure(in, font, units.data());
     return 0;
 }

@@ -19,7 +19,8 @@ namespace {
 void step_through(const std::string &text) {
     const char *utf8 = text.c_str();
     const auto length = static_cast<int32_t>(text.size());
-    for (int32_t pos = 0; xg_utf8_get_next(utf8, &pos) != 0;) {}
+    for (int32_t pos = 0; xg_utf8_get_next(utf8, &pos) != 0;) {
+    }
     // A dozen or so positions keep the quadratic counting cheap.
     const int32_t stride = length / 16 + 1;
     for (int32_t pos = 0; pos <= length; pos += stride) {

@@ -78,7 +78,9 @@ void default_masks(BmpHeader &h) {
 
 bool supported_encoding(const BmpHeader &h) {
     switch (h.compression) {
-        case kRgb: return h.bits == 1 || h.bits == 4 || h.bits == 8 || h.bits == 16 || h.bits == 24 || h.bits == 32;
+        case kRgb:
+            return h.bits == 1 || h.bits == 4 || h.bits == 8 || h.bits == 16 || h.bits == 24 ||
+                   h.bits == 32;
         case kRle8: return h.bits == 8 && !h.top_down;
         case kRle4: return h.bits == 4 && !h.top_down;
         case kBitFields:
@@ -159,7 +161,8 @@ bool read_palette(ByteReader &in, const BmpHeader &h, uint32_t palette[256]) {
 
 uint32_t *output_row(xc_image *image, const BmpHeader &h, int32_t file_row) {
     const int32_t y = h.top_down ? file_row : h.height - 1 - file_row;
-    return reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) * static_cast<size_t>(image->rowstride));
+    return reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) *
+                                                          static_cast<size_t>(image->rowstride));
 }
 
 uint32_t packed_word(const BmpHeader &h, uint32_t v) {
@@ -175,11 +178,13 @@ void decode_row(const uint8_t *src, uint32_t *dst, const BmpHeader &h, const uin
             case 8: dst[x] = palette[src[x]]; break;
             case 16: dst[x] = packed_word(h, src[2 * x] | uint32_t{src[2 * x + 1]} << 8); break;
             case 24:
-                dst[x] = kOpaqueBlack | uint32_t{src[3 * x + 2]} << 16 | uint32_t{src[3 * x + 1]} << 8 | src[3 * x];
+                dst[x] = kOpaqueBlack | uint32_t{src[3 * x + 2]} << 16 |
+                         uint32_t{src[3 * x + 1]} << 8 | src[3 * x];
                 break;
             default: {
                 const uint8_t *p = src + 4 * x;
-                dst[x] = packed_word(h, p[0] | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24);
+                dst[x] = packed_word(
+                    h, p[0] | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24);
             }
         }
     }
@@ -192,9 +197,11 @@ int64_t row_stride(const BmpHeader &h) { return (int64_t{h.width} * h.bits + 31)
 // they are allocated: every uncompressed row (the last one may lack its
 // padding), or a run-length stream long enough for the image's size.
 bool pixels_fit_file(const std::vector<uint8_t> &bytes, const BmpHeader &h, const char *filename) {
-    const int64_t data = h.pixel_offset <= bytes.size() ? static_cast<int64_t>(bytes.size() - h.pixel_offset) : -1;
+    const int64_t data =
+        h.pixel_offset <= bytes.size() ? static_cast<int64_t>(bytes.size() - h.pixel_offset) : -1;
     if (h.compression == kRle8 || h.compression == kRle4)
-        return image_fits_file("bmp", filename, h.width, h.height, data < 0 ? 0 : data, kRlePixelsPerByte);
+        return image_fits_file("bmp", filename, h.width, h.height, data < 0 ? 0 : data,
+                               kRlePixelsPerByte);
     const int64_t last_row = (int64_t{h.width} * h.bits + 7) / 8;
     if (data >= 0 && row_stride(h) * (h.height - 1) + last_row <= data) return true;
     fbc::log_err("bmp: file(%s) is cut inside its pixels\n", filename);
@@ -245,7 +252,9 @@ void decode_rle(ByteReader &in, xc_image *image, const BmpHeader &h, const uint3
             const int bytes = four ? (value + 1) / 2 : value;
             const uint8_t *run = in.bytes(static_cast<size_t>(bytes + (bytes & 1)));
             if (!run) break;
-            paint(value, [&](int i) { return four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i]; });
+            paint(value, [&](int i) {
+                return four ? (i & 1 ? run[i / 2] & 0xFu : run[i / 2] >> 4) : run[i];
+            });
         }
     }
 }
@@ -328,7 +337,7 @@ int decode_bmp(xc_image *image, const Source &source) {
 }  // namespace fbc
 
 extern "C" {
-xc_image_loader bmp_loader = {fbc::kExtensions, "bmp",   fbc::bmp_load_data, fbc::bmp_load_info,
-                              nullptr,           nullptr, nullptr,            nullptr,
-                              nullptr};
+xc_image_loader bmp_loader = {
+    fbc::kExtensions, "bmp",  fbc::bmp_load_data, fbc::bmp_load_info, nullptr, nullptr, nullptr,
+    nullptr,          nullptr};
 }

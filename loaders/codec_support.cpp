@@ -58,9 +58,9 @@ int64_t bytes_after(FILE *file, long offset) {
 
 bool save_area_is_valid(const xc_image *image, const xg_area &area) {
     const auto row = checked_product(image->width, 4);
-    return image->data && row && image->rowstride >= *row && area.x1 >= 0 &&
-           area.y1 >= 0 && area.x2 > area.x1 && area.y2 > area.y1 &&
-           area.x2 <= image->width && area.y2 <= image->height;
+    return image->data && row && image->rowstride >= *row && area.x1 >= 0 && area.y1 >= 0 &&
+           area.x2 > area.x1 && area.y2 > area.y1 && area.x2 <= image->width &&
+           area.y2 <= image->height;
 }
 
 }  // namespace fbc

@@ -22,8 +22,7 @@ struct Source {
 
 // The whole file (or its first `limit` bytes), or nothing (errno tells why)
 // when it cannot be opened or read or is larger than the device can address.
-std::optional<std::vector<uint8_t>> read_whole_file(const char *filename,
-                                                    size_t limit = SIZE_MAX);
+std::optional<std::vector<uint8_t>> read_whole_file(const char *filename, size_t limit = SIZE_MAX);
 
 // The same for either kind of source.
 std::optional<std::vector<uint8_t>> read_source(const Source &source, size_t limit = SIZE_MAX);

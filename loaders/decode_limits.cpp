@@ -33,9 +33,10 @@ bool image_fits_file(const char *codec, const char *filename, int64_t width, int
     // product can overflow.
     const int64_t pixels = width * height;
     if (pixels <= kSmallImagePixels || pixels <= bytes * pixels_per_byte) return true;
-    fbc::log_err("%s: file(%s) declares %lldx%lld pixels, more than its %lld bytes of image data can hold\n",
-                 codec, filename, static_cast<long long>(width), static_cast<long long>(height),
-                 static_cast<long long>(bytes));
+    fbc::log_err(
+        "%s: file(%s) declares %lldx%lld pixels, more than its %lld bytes of image data can hold\n",
+        codec, filename, static_cast<long long>(width), static_cast<long long>(height),
+        static_cast<long long>(bytes));
     return false;
 }
 

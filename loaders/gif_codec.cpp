@@ -55,7 +55,7 @@ struct GifPlayer {
     std::vector<uint8_t> bytes;
     size_t read_at = 0;
     GifFileType *gif = nullptr;
-    int frame = -1;           // index of the frame on screen
+    int frame = -1;  // index of the frame on screen
     bool stream_ended = false;
     int delay_ms = -1;
     // The frame on screen: its area and what its disposal needs.
@@ -73,7 +73,9 @@ struct GifPlayer {
 int read_bytes(GifFileType *gif, GifByteType *out, int length) {
     auto *player = static_cast<GifPlayer *>(gif->UserData);
     const size_t left = player->bytes.size() - player->read_at;
-    const size_t n = length < 0 ? 0 : static_cast<size_t>(length) < left ? static_cast<size_t>(length) : left;
+    const size_t n = length < 0                           ? 0
+                     : static_cast<size_t>(length) < left ? static_cast<size_t>(length)
+                                                          : left;
     if (n == 0) return 0;
     std::memcpy(out, player->bytes.data() + player->read_at, n);
     player->read_at += n;
@@ -101,11 +103,13 @@ xg_area clipped_frame_area(const GifFileType *gif) {
     const GifImageDesc &d = gif->Image;
     auto clamp = [](long v, long hi) { return static_cast<int32_t>(v < 0 ? 0 : v > hi ? hi : v); };
     return {clamp(d.Left, gif->SWidth), clamp(d.Top, gif->SHeight),
-            clamp(long{d.Left} + d.Width, gif->SWidth), clamp(long{d.Top} + d.Height, gif->SHeight)};
+            clamp(long{d.Left} + d.Width, gif->SWidth),
+            clamp(long{d.Top} + d.Height, gif->SHeight)};
 }
 
 uint32_t *screen_row(xc_image *image, int32_t y) {
-    return reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) * static_cast<size_t>(image->rowstride));
+    return reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) *
+                                                          static_cast<size_t>(image->rowstride));
 }
 
 void fill_area(xc_image *image, const xg_area &a, uint32_t word) {
@@ -122,7 +126,8 @@ void copy_area_out(xc_image *image, const xg_area &a, std::vector<uint32_t> &out
 void copy_area_in(xc_image *image, const xg_area &a, const std::vector<uint32_t> &in) {
     const size_t width = static_cast<size_t>(a.x2 - a.x1);
     for (int32_t y = a.y1; y < a.y2; ++y)
-        std::memcpy(screen_row(image, y) + a.x1, in.data() + static_cast<size_t>(y - a.y1) * width, width * 4);
+        std::memcpy(screen_row(image, y) + a.x1, in.data() + static_cast<size_t>(y - a.y1) * width,
+                    width * 4);
 }
 
 // Undoes the frame on screen as its disposal method asks.
@@ -203,12 +208,14 @@ bool composite_next_frame(GifPlayer &player, xc_image *image, xg_area *changed) 
             if (DGifGetExtension(gif, &code, &ext) == GIF_ERROR) break;
             if (code == GRAPHICS_EXT_FUNC_CODE) control = control_of(ext);
             while (ext)
-                if (DGifGetExtensionNext(gif, &ext) == GIF_ERROR) return player.stream_ended = true, false;
+                if (DGifGetExtensionNext(gif, &ext) == GIF_ERROR)
+                    return player.stream_ended = true, false;
             continue;
         }
         if (type != IMAGE_DESC_RECORD_TYPE || DGifGetImageDesc(gif) == GIF_ERROR) break;
         const xg_area area = clipped_frame_area(gif);
-        *changed = union_of(player.disposal >= kDisposeBackground ? player.area : xg_area{0, 0, 0, 0}, area);
+        *changed = union_of(
+            player.disposal >= kDisposeBackground ? player.area : xg_area{0, 0, 0, 0}, area);
         dispose_current(player, image);
         if (control.disposal == kDisposePrevious) copy_area_out(image, area, player.under);
         decode_frame_rows(player, image, control);
@@ -239,7 +246,8 @@ GifOutline outline_of(GifFileType *gif) {
             GifByteType *ext = nullptr;
             if (DGifGetExtension(gif, &code, &ext) == GIF_ERROR) break;
             if (code == GRAPHICS_EXT_FUNC_CODE) control = control_of(ext);
-            while (ext && DGifGetExtensionNext(gif, &ext) != GIF_ERROR) {}
+            while (ext && DGifGetExtensionNext(gif, &ext) != GIF_ERROR) {
+            }
             if (ext) break;
             continue;
         }
@@ -254,7 +262,8 @@ GifOutline outline_of(GifFileType *gif) {
         int code_size = 0;
         GifByteType *block = nullptr;
         if (DGifGetCode(gif, &code_size, &block) == GIF_ERROR) break;
-        while (block && DGifGetCodeNext(gif, &block) != GIF_ERROR) {}
+        while (block && DGifGetCodeNext(gif, &block) != GIF_ERROR) {
+        }
         if (block) break;
     }
     return o;
@@ -328,7 +337,8 @@ GifPlayer *load_first_frame(xc_image *image, const Source &source) {
         delete player;
         return nullptr;
     }
-    std::memset(image->data, 0, static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
+    std::memset(image->data, 0,
+                static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
     if (!composite_next_frame(*player, image, &changed)) {
         fbc::log_err("gif: file(%s) holds no image\n", filename);
         std::free(image->data);
@@ -354,14 +364,16 @@ int gif_load_data(xc_image *image, const char *filename) {
 
 // Advances to the next frame, or back to the first after the last one (an
 // animation loops for as long as it is played); returns the frame's index.
-int gif_next_frame(xc_image *image, int32_t *delay, int32_t *x, int32_t *y, int32_t *w, int32_t *h) {
+int gif_next_frame(xc_image *image, int32_t *delay, int32_t *x, int32_t *y, int32_t *w,
+                   int32_t *h) {
     if (!image->is_ani) return -1;
     if (!image->data && gif_load_data(image, image->filename) < 0) return -1;
     GifPlayer *player = player_of(image);
     xg_area changed{0, 0, image->width, image->height};
     if (player->frame < 0 || !composite_next_frame(*player, image, &changed)) {
         if (!open_decoder(*player)) return -1;
-        std::memset(image->data, 0, static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
+        std::memset(image->data, 0,
+                    static_cast<size_t>(image->rowstride) * static_cast<size_t>(image->height));
         xg_area first;
         if (!composite_next_frame(*player, image, &first)) return -1;
         changed = {0, 0, image->width, image->height};
@@ -401,9 +413,13 @@ int decode_gif(xc_image *image, const Source &source) {
 }  // namespace fbc
 
 extern "C" {
-xc_image_loader gif_loader = {fbc::kExtensions,   "gif",
-                              fbc::gif_load_data, fbc::gif_load_info,
-                              nullptr,            fbc::gif_next_frame,
-                              fbc::gif_get_delay, fbc::gif_release,
+xc_image_loader gif_loader = {fbc::kExtensions,
+                              "gif",
+                              fbc::gif_load_data,
+                              fbc::gif_load_info,
+                              nullptr,
+                              fbc::gif_next_frame,
+                              fbc::gif_get_delay,
+                              fbc::gif_release,
                               nullptr};
 }

@@ -21,8 +21,8 @@ const char *suffix_of(const char *filename) {
 
 // Walks the registry asking each loader that lists the suffix for the
 // image's information; returns the first that accepts the file.
-xc_image_loader *find_accepting_loader(xc_image *image, const char *filename,
-                                       const char *suffix, bool *suffix_known) {
+xc_image_loader *find_accepting_loader(xc_image *image, const char *filename, const char *suffix,
+                                       bool *suffix_known) {
     for (xc_image_loader *const *loader = loader_registry(); *loader; ++loader) {
         const char *ext = loader_matching_suffix(*loader, suffix);
         if (!ext) continue;
@@ -85,13 +85,11 @@ int xc_image_load_data_rescaled(xc_image *image, int32_t width, int32_t height) 
     // Callers learn of a failure by finding no pixels: the result is always 0.
     if (loader->load_data_rescaled)
         loader->load_data_rescaled(image, image->filename, width, height);
-    else
-        loader->load_data(image, image->filename);
+    else loader->load_data(image, image->filename);
     return 0;
 }
 
-int xc_image_save(xc_image *image, const char *filename, const xg_area *area,
-                  const char *options) {
+int xc_image_save(xc_image *image, const char *filename, const xg_area *area, const char *options) {
     if (!image->data) return -1;
     const char *suffix = fbc::suffix_of(filename);
     if (!suffix) return -1;
@@ -104,8 +102,8 @@ int xc_image_save(xc_image *image, const char *filename, const xg_area *area,
     return -1;
 }
 
-int xc_image_next_frame(xc_image *image, int32_t *delay, int32_t *x, int32_t *y,
-                        int32_t *w, int32_t *h) {
+int xc_image_next_frame(xc_image *image, int32_t *delay, int32_t *x, int32_t *y, int32_t *w,
+                        int32_t *h) {
     if (!image->loader || !image->loader->next_frame) return -1;
     return image->loader->next_frame(image, delay, x, y, w, h);
 }

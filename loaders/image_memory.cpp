@@ -33,7 +33,8 @@ bool starts_with(const uint8_t *bytes, size_t size, const char *magic, size_t le
 // type and fixed-header bytes (both 0) are the weakest test, so it comes last.
 const char *recognise(const uint8_t *bytes, size_t size) {
     if (starts_with(bytes, size, "\x89PNG\r\n\x1a\n", 8)) return "png";
-    if (starts_with(bytes, size, "GIF87a", 6) || starts_with(bytes, size, "GIF89a", 6)) return "gif";
+    if (starts_with(bytes, size, "GIF87a", 6) || starts_with(bytes, size, "GIF89a", 6))
+        return "gif";
     if (starts_with(bytes, size, "\xFF\xD8\xFF", 3)) return "jpg";
     if (starts_with(bytes, size, "BM", 2)) return "bmp";
     if (starts_with(bytes, size, "\0\0", 2)) return "wbmp";

@@ -5,9 +5,9 @@
 // and long-jumps back: the functions that set the jump point hold no
 // objects with destructors, and their buffers come from libjpeg's own pools,
 // which jpeg_destroy_* releases.
-#include <csetjmp>
 #include <cerrno>
 #include <climits>
+#include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -114,13 +114,13 @@ void convert_row(const JSAMPLE *src, uint32_t *dst, JDIMENSION width, int compon
         for (JDIMENSION x = 0; x < width; ++x, src += 3)
             dst[x] = 0xFF000000u | uint32_t{src[0]} << 16 | uint32_t{src[1]} << 8 | src[2];
     } else if (components == 1) {
-        for (JDIMENSION x = 0; x < width; ++x)
-            dst[x] = 0xFF000000u | uint32_t{src[x]} * 0x010101u;
+        for (JDIMENSION x = 0; x < width; ++x) dst[x] = 0xFF000000u | uint32_t{src[x]} * 0x010101u;
     } else if (components == 4) {
         // The components are taken as R, G, B, A and premultiplied by >> 8.
         for (JDIMENSION x = 0; x < width; ++x, src += 4) {
             const uint32_t a = src[3];
-            dst[x] = a << 24 | (src[0] * a >> 8) << 16 | ((src[1] * a) & 0xFF00u) | (src[2] * a >> 8);
+            dst[x] =
+                a << 24 | (src[0] * a >> 8) << 16 | ((src[1] * a) & 0xFF00u) | (src[2] * a >> 8);
         }
     }
 }
@@ -142,17 +142,19 @@ void read_rows_in_place(xc_image *image) {
 
 void read_rows_converted(xc_image *image) {
     const int components = decoder.output_components;
-    JSAMPARRAY batch = (*decoder.mem->alloc_sarray)(
-        reinterpret_cast<j_common_ptr>(&decoder), JPOOL_IMAGE,
-        decoder.output_width * static_cast<JDIMENSION>(components),
-        static_cast<JDIMENSION>(decoder.rec_outbuf_height));
+    JSAMPARRAY batch =
+        (*decoder.mem->alloc_sarray)(reinterpret_cast<j_common_ptr>(&decoder), JPOOL_IMAGE,
+                                     decoder.output_width * static_cast<JDIMENSION>(components),
+                                     static_cast<JDIMENSION>(decoder.rec_outbuf_height));
     while (decoder.output_scanline < decoder.output_height) {
         const JDIMENSION first = decoder.output_scanline;
-        const JDIMENSION got = jpeg_read_scanlines(&decoder, batch, static_cast<JDIMENSION>(decoder.rec_outbuf_height));
+        const JDIMENSION got = jpeg_read_scanlines(
+            &decoder, batch, static_cast<JDIMENSION>(decoder.rec_outbuf_height));
         if (got == 0) break;
         for (JDIMENSION i = 0; i < got; ++i) {
-            auto *dst = reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(first + i) *
-                                                                       static_cast<size_t>(image->rowstride));
+            auto *dst = reinterpret_cast<uint32_t *>(image->data +
+                                                     static_cast<size_t>(first + i) *
+                                                         static_cast<size_t>(image->rowstride));
             convert_row(batch[i], dst, decoder.output_width, components);
         }
     }
@@ -308,7 +310,13 @@ int decode_jpeg(xc_image *image, const Source &source) {
 }  // namespace fbc
 
 extern "C" {
-xc_image_loader jpeg_loader = {fbc::kExtensions, "jpg",   fbc::jpeg_load_data, fbc::jpeg_load_info,
-                               fbc::jpeg_save,    nullptr, nullptr,             nullptr,
+xc_image_loader jpeg_loader = {fbc::kExtensions,
+                               "jpg",
+                               fbc::jpeg_load_data,
+                               fbc::jpeg_load_info,
+                               fbc::jpeg_save,
+                               nullptr,
+                               nullptr,
+                               nullptr,
                                nullptr};
 }

@@ -30,8 +30,7 @@ int load_modules() {
     module_list = strdup(value);
     fbc::log_out("loading dyn image loader:%s\n", value);
     int count = 0;
-    for (char *token = std::strtok(module_list, ","); token;
-         token = std::strtok(nullptr, ",")) {
+    for (char *token = std::strtok(module_list, ","); token; token = std::strtok(nullptr, ",")) {
         fbc::log_out("loader = %s\n", token);
         void *module = dlopen(token, RTLD_NOW);
         if (!module) {
@@ -40,8 +39,7 @@ int load_modules() {
         }
         void *record = dlsym(module, "image_loader");
         if (!record) {
-            fbc::log_out("symbol('image_loader') loading failed in %s:%s\n", token,
-                        dlerror());
+            fbc::log_out("symbol('image_loader') loading failed in %s:%s\n", token, dlerror());
             dlclose(module);
             continue;
         }

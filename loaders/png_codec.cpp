@@ -229,7 +229,13 @@ int decode_png(xc_image *image, const Source &source) { return load_png(image, s
 }  // namespace fbc
 
 extern "C" {
-xc_image_loader png_loader = {fbc::kExtensions, "png", fbc::png_load_data, fbc::png_load_info,
-                              fbc::png_save,    nullptr, nullptr,           nullptr,
+xc_image_loader png_loader = {fbc::kExtensions,
+                              "png",
+                              fbc::png_load_data,
+                              fbc::png_load_info,
+                              fbc::png_save,
+                              nullptr,
+                              nullptr,
+                              nullptr,
                               nullptr};
 }

@@ -9,8 +9,8 @@
 #include "fbcompose/loader.h"
 #include "loaders/byte_reader.hpp"
 #include "loaders/codec_support.hpp"
-#include "loaders/decoders.hpp"
 #include "loaders/decode_limits.hpp"
+#include "loaders/decoders.hpp"
 
 namespace fbc {
 namespace {
@@ -116,9 +116,9 @@ int decode_wbmp(xc_image *image, const Source &source) {
 
 extern "C" {
 
-xc_image_loader wbmp_loader = {fbc::kExtensions, "wbmp", fbc::wbmp_load_data,
-                               fbc::wbmp_load_info, nullptr, nullptr, nullptr,
-                               nullptr, nullptr};
+xc_image_loader wbmp_loader = {
+    fbc::kExtensions, "wbmp", fbc::wbmp_load_data, fbc::wbmp_load_info, nullptr, nullptr, nullptr,
+    nullptr,          nullptr};
 
 int xc_wbmp_get_size(const char *path, int32_t *w, int32_t *h) {
     const auto bytes = fbc::read_whole_file(path);

@@ -46,7 +46,8 @@ const char *refusal(const fb_fix_screeninfo &fix, const fb_var_screeninfo &var, 
         return "it reports an unusable size";
     const uint64_t bytes = depth == 16 ? 2 : 4;
     const uint64_t first = uint64_t{var.yoffset} * fix.line_length + uint64_t{var.xoffset} * bytes;
-    const uint64_t end = first + uint64_t{var.yres - 1} * fix.line_length + uint64_t{var.xres} * bytes;
+    const uint64_t end =
+        first + uint64_t{var.yres - 1} * fix.line_length + uint64_t{var.xres} * bytes;
     if (fix.line_length < var.xres * bytes || end > fix.smem_len)
         return "its memory is smaller than its visible rows need";
     return nullptr;
@@ -68,7 +69,8 @@ extern "C" xc_panel *xc_panel_open_fbdev(const char *path, int rotation) {
     if (device < 0) return fail(path, std::strerror(errno), -1);
     fb_fix_screeninfo fix{};
     fb_var_screeninfo var{};
-    if (ioctl(device, FBIOGET_FSCREENINFO, &fix) != 0 || ioctl(device, FBIOGET_VSCREENINFO, &var) != 0)
+    if (ioctl(device, FBIOGET_FSCREENINFO, &fix) != 0 ||
+        ioctl(device, FBIOGET_VSCREENINFO, &var) != 0)
         return fail(path, "not a frame-buffer device", device);
     const int depth = depth_of(var);
     if (const char *why = refusal(fix, var, depth)) return fail(path, why, device);
@@ -77,9 +79,9 @@ extern "C" xc_panel *xc_panel_open_fbdev(const char *path, int rotation) {
     const uint32_t bytes = depth == 16 ? 2 : 4;
     auto *visible = static_cast<uint8_t *>(mapping) + size_t{var.yoffset} * fix.line_length +
                     size_t{var.xoffset} * bytes;
-    xc_panel *panel = make_panel(visible, static_cast<int32_t>(var.xres),
-                                 static_cast<int32_t>(var.yres),
-                                 static_cast<int32_t>(fix.line_length), depth, rotation, kCaller);
+    xc_panel *panel =
+        make_panel(visible, static_cast<int32_t>(var.xres), static_cast<int32_t>(var.yres),
+                   static_cast<int32_t>(fix.line_length), depth, rotation, kCaller);
     if (!panel) {
         munmap(mapping, fix.smem_len);
         close(device);

@@ -66,9 +66,10 @@ bool canvas_fits(const xc_panel &panel, const xc_image *canvas) {
         return true;
     if (!canvas) log_err("xc_panel_update: no canvas\n");
     else
-        log_err("xc_panel_update: the canvas (%d x %d, %d bits) cannot fill a panel that shows "
-                "%d x %d 32-bit pixels\n",
-                canvas->width, canvas->height, static_cast<int>(canvas->depth), cw, ch);
+        log_err(
+            "xc_panel_update: the canvas (%d x %d, %d bits) cannot fill a panel that shows "
+            "%d x %d 32-bit pixels\n",
+            canvas->width, canvas->height, static_cast<int>(canvas->depth), cw, ch);
     return false;
 }
 
@@ -116,7 +117,8 @@ int xc_panel_update(xc_panel *panel, const xc_image *canvas, const xg_list *rect
     }
     int converted = 0;
     for (const xg_list_item *item = rects->first; item; item = item->next)
-        if (item->data && fbc::convert_rect(*panel, *canvas, *static_cast<const xg_rect *>(item->data)))
+        if (item->data &&
+            fbc::convert_rect(*panel, *canvas, *static_cast<const xg_rect *>(item->data)))
             ++converted;
     return converted;
 }

@@ -13,9 +13,7 @@ inline constexpr uint32_t kColourMask = 0x00FFFFFFu;
 
 inline constexpr uint32_t alpha_of(uint32_t word) { return word >> 24; }
 
-inline constexpr uint32_t channel(uint32_t word, unsigned shift) {
-    return (word >> shift) & 0xFFu;
-}
+inline constexpr uint32_t channel(uint32_t word, unsigned shift) { return (word >> shift) & 0xFFu; }
 
 // Word whose red, green and blue bytes are f(shift) truncated to a byte,
 // over the bits of `rest` (an alpha byte already in place, or 0).

@@ -93,15 +93,13 @@ void xc_convert_rgba_to_16(const void *src, void *dst, int32_t src_skip, int32_t
 
 // out(i, j) = 565 of src(j, height - 1 - i), dithered by output position
 void xc_convert_rgba_to_16_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                              int32_t width, int32_t height, int32_t dither_x,
-                              int32_t dither_y) {
+                              int32_t width, int32_t height, int32_t dither_x, int32_t dither_y) {
     convert<To565, 90>(src, dst, src_skip, dst_skip, width, height, dither_x, dither_y);
 }
 
 // out(i, j) = 565 of src(width - 1 - j, i), dithered by output position
 void xc_convert_rgba_to_16_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                               int32_t width, int32_t height, int32_t dither_x,
-                               int32_t dither_y) {
+                               int32_t width, int32_t height, int32_t dither_x, int32_t dither_y) {
     convert<To565, 270>(src, dst, src_skip, dst_skip, width, height, dither_x, dither_y);
 }
 
@@ -113,15 +111,13 @@ void xc_convert_rgba_to_18(const void *src, void *dst, int32_t src_skip, int32_t
 
 // out(i, j) = 666 of src(j, height - 1 - i), dithered by output position
 void xc_convert_rgba_to_18_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                              int32_t width, int32_t height, int32_t dither_x,
-                              int32_t dither_y) {
+                              int32_t width, int32_t height, int32_t dither_x, int32_t dither_y) {
     convert<To666, 90>(src, dst, src_skip, dst_skip, width, height, dither_x, dither_y);
 }
 
 // out(i, j) = 666 of src(width - 1 - j, i), dithered by output position
 void xc_convert_rgba_to_18_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                               int32_t width, int32_t height, int32_t dither_x,
-                               int32_t dither_y) {
+                               int32_t width, int32_t height, int32_t dither_x, int32_t dither_y) {
     convert<To666, 270>(src, dst, src_skip, dst_skip, width, height, dither_x, dither_y);
 }
 

@@ -18,8 +18,7 @@ struct Walk {
 };
 
 // Only for width and height of at least 1.
-inline Walk walk(const void *src, int32_t src_skip, int32_t width, int32_t height,
-                 int rotation) {
+inline Walk walk(const void *src, int32_t src_skip, int32_t width, int32_t height, int rotation) {
     const auto *s = static_cast<const uint32_t *>(src);
     const ptrdiff_t stride = ptrdiff_t{width} + src_skip;
     switch (rotation) {

@@ -32,7 +32,10 @@ template <unsigned Shift>
 inline uint32_t biased(uint32_t w, uint32_t bias) {
     uint32_t sum;
 #if defined(__arm__)
-    asm("adds %0, %1, %2, lsl %3\n\tmvncs %0, #0" : "=&r"(sum) : "r"(bias), "r"(w), "i"(24 - Shift) : "cc");
+    asm("adds %0, %1, %2, lsl %3\n\tmvncs %0, #0"
+        : "=&r"(sum)
+        : "r"(bias), "r"(w), "i"(24 - Shift)
+        : "cc");
 #else
     sum = (w << (24 - Shift)) + bias;
     if (sum < bias) sum = ~0u;
@@ -76,8 +79,8 @@ void row_biases(Bias (&out)[4], int32_t x, int32_t j, int32_t dither_x, int32_t 
 // number of pixels written. Kept out of line: inlined into the tile loops,
 // GCC runs out of registers for the biases.
 template <class Format>
-[[gnu::noinline]] int32_t convert_pairs(const uint32_t *in, ptrdiff_t step, uint16_t *out, int32_t n,
-                      const Bias (&bias)[4]) {
+[[gnu::noinline]] int32_t convert_pairs(const uint32_t *in, ptrdiff_t step, uint16_t *out,
+                                        int32_t n, const Bias (&bias)[4]) {
     const int32_t pairs = n >> 1;
     for (int32_t pass = 0; pass < 2; ++pass) {
         const Bias b0 = bias[2 * pass], b1 = bias[2 * pass + 1];
@@ -94,8 +97,8 @@ template <class Format>
 
 // Four 32-bit pixels a step; pixel i takes bias[i & 3]. Returns the number written.
 template <class Format>
-[[gnu::noinline]] int32_t convert_fours(const uint32_t *in, ptrdiff_t step, uint32_t *out, int32_t n,
-                      const Bias (&bias)[4]) {
+[[gnu::noinline]] int32_t convert_fours(const uint32_t *in, ptrdiff_t step, uint32_t *out,
+                                        int32_t n, const Bias (&bias)[4]) {
     const Bias b0 = bias[0], b1 = bias[1], b2 = bias[2], b3 = bias[3];
     uint32_t *const end = out + (n & ~3);
     for (; out != end; out += 4) {

@@ -82,8 +82,8 @@ inline int32_t least(int32_t a, int32_t b) { return a < b ? a : b; }
 // Rotation 0: whole pairs of registers along each row; the columns left
 // over on the right go to the reference as one strip.
 template <class F>
-void convert_straight(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                      int32_t width, int32_t height, int32_t dither_x, int32_t dither_y,
+void convert_straight(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t width,
+                      int32_t height, int32_t dither_x, int32_t dither_y,
                       xc_convert_func reference) {
     if (width < 1 || height < 1) return;
     const auto *s = static_cast<const uint32_t *>(src);
@@ -109,9 +109,8 @@ constexpr int32_t kTileColumns = 64, kTileRows = 16;
 
 // Rotation 90: out(i, j) = src(j, height - 1 - i); 270: out(i, j) = src(width - 1 - j, i).
 template <class F, int Rotation>
-void convert_turned(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
-                    int32_t width, int32_t height, int32_t dither_x, int32_t dither_y,
-                    xc_convert_func reference) {
+void convert_turned(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t width,
+                    int32_t height, int32_t dither_x, int32_t dither_y, xc_convert_func reference) {
     if (width < 1 || height < 1) return;
     const auto *s = static_cast<const uint32_t *>(src);
     auto *d = static_cast<typename F::Out *>(dst);

@@ -46,8 +46,8 @@ inline void copy_blocks(const uint32_t *&s, uint32_t *&d, int32_t blocks) {
         "subs %10, %10, #1\n\t"
         "stmia %9!, {%0, %1, %2, %3, %4, %5, %6, %7}\n\t"
         "bne 1b"
-        : "=&r"(w0), "=&r"(w1), "=&r"(w2), "=&r"(w3), "=&r"(w4), "=&r"(w5), "=&r"(w6),
-          "=&r"(w7), "+r"(s), "+r"(d), "+r"(blocks)
+        : "=&r"(w0), "=&r"(w1), "=&r"(w2), "=&r"(w3), "=&r"(w4), "=&r"(w5), "=&r"(w6), "=&r"(w7),
+          "+r"(s), "+r"(d), "+r"(blocks)
         :
         : "cc", "memory");
 #else
@@ -82,7 +82,8 @@ void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t
     for (int32_t i = 0; i < g.head; ++i) *d++ = *s++ | kAlphaMask;
     for (int32_t n = g.groups; n > 0; --n, s += 4, d += 4) {
         const uint32_t s0 = s[0], s1 = s[1], s2 = s[2], s3 = s[3];
-        d[0] = s0 | kAlphaMask, d[1] = s1 | kAlphaMask, d[2] = s2 | kAlphaMask, d[3] = s3 | kAlphaMask;
+        d[0] = s0 | kAlphaMask, d[1] = s1 | kAlphaMask, d[2] = s2 | kAlphaMask,
+        d[3] = s3 | kAlphaMask;
     }
     for (int32_t i = 0; i < g.tail; ++i) *d++ = *s++ | kAlphaMask;
 }
@@ -107,7 +108,8 @@ void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t) 
     for (int32_t i = 0; i < g.head; ++i) *d++ = unpack_565(*s++);
     for (int32_t n = g.groups; n > 0; --n, s += 4, d += 4) {
         const uint32_t v0 = load_word(s), v1 = load_word(s + 2);
-        d[0] = unpack_low(v0), d[1] = unpack_high(v0), d[2] = unpack_low(v1), d[3] = unpack_high(v1);
+        d[0] = unpack_low(v0), d[1] = unpack_high(v0), d[2] = unpack_low(v1),
+        d[3] = unpack_high(v1);
     }
     for (int32_t i = 0; i < g.tail; ++i) *d++ = unpack_565(*s++);
 }

@@ -42,7 +42,8 @@ void cover_texture(const uint8_t *cov, uint32_t *dst, int32_t count, const uint3
 
 extern "C" {
 
-// a = (cov x (ca + (ca >> 7))) >> 8; 0: kept; 255: d = colour; else d.c = (colour.c x cov + d.c x (255 - a)) >> 8, d.alpha kept
+// a = (cov x (ca + (ca >> 7))) >> 8; 0: kept; 255: d = colour; else d.c = (colour.c x cov + d.c x
+// (255 - a)) >> 8, d.alpha kept
 void xc_blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,
                                       uint32_t color) {
     fbc::px::cover_color<true>(cov, static_cast<uint32_t *>(dst), count, color);
@@ -54,7 +55,8 @@ void xc_blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t co
     fbc::px::cover_color<false>(cov, static_cast<uint32_t *>(dst), count, color);
 }
 
-// a = (cov x (ta + (ta >> 7))) >> 8; 0: kept; 255: d = t; else d.c = (t.c x cov + d.c x (255 - a)) >> 8, d.alpha kept
+// a = (cov x (ta + (ta >> 7))) >> 8; 0: kept; 255: d = t; else d.c = (t.c x cov + d.c x (255 - a))
+// >> 8, d.alpha kept
 void xc_blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,
                                         const uint32_t *tex) {
     fbc::px::cover_texture<true>(cov, static_cast<uint32_t *>(dst), count, tex);

@@ -28,8 +28,7 @@ inline uint32_t covered(uint32_t d, uint32_t color, uint32_t cov, uint32_t a) {
     const uint32_t green = ((color >> 8) & 0xFFu) * cov;
     if constexpr (KeepAlpha)
         return br | ((((d >> 8) & 0xFFu) * inv + green) & 0xFF00u) | (d & kAlphaMask);
-    else
-        return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
+    else return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
 }
 
 // One pixel of a colour known to be premultiplied: a = 0 leaves the

@@ -12,7 +12,7 @@ enum class Isa : uint8_t {
     kArmv5te,   // the device: true exactly when the build targets 32-bit ARM
     kSse2,      // the x86-64 baseline
     kAvx2,
-    kNeon,      // always on arm64; on 32-bit ARM as the kernel reports it
+    kNeon,  // always on arm64; on 32-bit ARM as the kernel reports it
 };
 
 // True when this CPU runs code built for `isa`.

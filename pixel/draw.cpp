@@ -23,16 +23,17 @@ using fbc::px::kAlphaMask;
 
 extern "C" {
 
-// a = s.alpha; a = 0: d kept; a = 255: d = s; else d.c = ((d.c x (255 - a)) >> 8) + s.c, d.alpha kept
+// a = s.alpha; a = 0: d kept; a = 255: d = s; else d.c = ((d.c x (255 - a)) >> 8) + s.c, d.alpha
+// kept
 void xc_blend_pixels_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t) {
-    fbc::px::blend_pixels<true>(static_cast<const uint32_t *>(src),
-                                static_cast<uint32_t *>(dst), count);
+    fbc::px::blend_pixels<true>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst),
+                                count);
 }
 
 // a = s.alpha; a = 0: d kept; a = 255: d = s; else every byte d = ((d x (255 - a)) >> 8) + s byte
 void xc_blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t) {
-    fbc::px::blend_pixels<false>(static_cast<const uint32_t *>(src),
-                                 static_cast<uint32_t *>(dst), count);
+    fbc::px::blend_pixels<false>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst),
+                                 count);
 }
 
 // d = s

@@ -51,11 +51,26 @@ inline Reg mulhi16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
 inline Reg avg16(Reg a, Reg b) { return _mm256_avg_epu16(a, b); }
 inline Reg eq16(Reg a, Reg b) { return _mm256_cmpeq_epi16(a, b); }
 inline Reg eq32(Reg a, Reg b) { return _mm256_cmpeq_epi32(a, b); }
-template <int N> Reg shr16(Reg a) { return _mm256_srli_epi16(a, N); }
-template <int N> Reg shl16(Reg a) { return _mm256_slli_epi16(a, N); }
-template <int N> Reg shr32(Reg a) { return _mm256_srli_epi32(a, N); }
-template <int N> Reg shl32(Reg a) { return _mm256_slli_epi32(a, N); }
-template <int N> Reg sar32(Reg a) { return _mm256_srai_epi32(a, N); }
+template <int N>
+Reg shr16(Reg a) {
+    return _mm256_srli_epi16(a, N);
+}
+template <int N>
+Reg shl16(Reg a) {
+    return _mm256_slli_epi16(a, N);
+}
+template <int N>
+Reg shr32(Reg a) {
+    return _mm256_srli_epi32(a, N);
+}
+template <int N>
+Reg shl32(Reg a) {
+    return _mm256_slli_epi32(a, N);
+}
+template <int N>
+Reg sar32(Reg a) {
+    return _mm256_srai_epi32(a, N);
+}
 
 // Interleaving and packing work within each 128-bit half; a pack undoes
 // the matching pair of unpacks.
@@ -67,14 +82,13 @@ inline Reg packus16(Reg lo, Reg hi) { return _mm256_packus_epi16(lo, hi); }
 inline Reg packs16(Reg lo, Reg hi) { return _mm256_packs_epi16(lo, hi); }
 
 // 16-bit lanes: every lane of a pixel takes that pixel's alpha lane.
-inline Reg alpha16(Reg a) {
-    return _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF);
-}
+inline Reg alpha16(Reg a) { return _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF); }
 
 // Every byte of a pixel set to its alpha byte.
 inline Reg alpha_bytes(Reg px) {
-    const Reg by_pixel = _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15,  //
-                                          3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
+    const Reg by_pixel =
+        _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15,  //
+                         3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
     return _mm256_shuffle_epi8(px, by_pixel);
 }
 
@@ -87,7 +101,8 @@ inline constexpr uint32_t kEveryByte = 0xFFFFFFFFu;
 
 // A register whose pixel k has all four bytes equal to bytes[k].
 inline Reg spread_bytes(const uint8_t *bytes) {
-    const Reg b = _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(bytes)));
+    const Reg b =
+        _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(bytes)));
     const Reg by_pixel = _mm256_setr_epi8(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3,  //
                                           4, 4, 4, 4, 5, 5, 5, 5, 6, 6, 6, 6, 7, 7, 7, 7);
     return _mm256_shuffle_epi8(b, by_pixel);
@@ -159,11 +174,26 @@ inline Reg mulhi16(Reg a, Reg b) { return _mm_mulhi_epu16(a, b); }
 inline Reg avg16(Reg a, Reg b) { return _mm_avg_epu16(a, b); }
 inline Reg eq16(Reg a, Reg b) { return _mm_cmpeq_epi16(a, b); }
 inline Reg eq32(Reg a, Reg b) { return _mm_cmpeq_epi32(a, b); }
-template <int N> Reg shr16(Reg a) { return _mm_srli_epi16(a, N); }
-template <int N> Reg shl16(Reg a) { return _mm_slli_epi16(a, N); }
-template <int N> Reg shr32(Reg a) { return _mm_srli_epi32(a, N); }
-template <int N> Reg shl32(Reg a) { return _mm_slli_epi32(a, N); }
-template <int N> Reg sar32(Reg a) { return _mm_srai_epi32(a, N); }
+template <int N>
+Reg shr16(Reg a) {
+    return _mm_srli_epi16(a, N);
+}
+template <int N>
+Reg shl16(Reg a) {
+    return _mm_slli_epi16(a, N);
+}
+template <int N>
+Reg shr32(Reg a) {
+    return _mm_srli_epi32(a, N);
+}
+template <int N>
+Reg shl32(Reg a) {
+    return _mm_slli_epi32(a, N);
+}
+template <int N>
+Reg sar32(Reg a) {
+    return _mm_srai_epi32(a, N);
+}
 
 inline Reg lo8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
 inline Reg hi8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
@@ -250,9 +280,7 @@ inline Reg lanes16(uint32_t b, uint32_t g, uint32_t r, uint32_t a) {
 
 // (x + y) >> 8 for 16-bit x and y whose sum may need 17 bits: the average
 // rounded down, shifted by 7.
-inline Reg sum_shr8(Reg x, Reg y) {
-    return shr16<7>(sub16(avg16(x, y), (x ^ y) & splat16(1)));
-}
+inline Reg sum_shr8(Reg x, Reg y) { return shr16<7>(sub16(avg16(x, y), (x ^ y) & splat16(1))); }
 
 // Two halves of 16-bit lanes back into one register of pixels, each value
 // truncated to its low byte.

@@ -27,13 +27,13 @@ void modulate(const uint32_t *src, uint32_t *dst, int32_t count, uint32_t color)
     // White leaves the channels alone: the source is only scaled by ca.
     if ((color & kColourMask) == kColourMask) {
         modulate_run<SrcAlpha, KeepAlpha>(src, dst, count, ca,
-            [ca](uint32_t s, uint32_t d, uint32_t inv, unsigned) {
-                return (s * ca + d * inv) >> 8;
-            });
+                                          [ca](uint32_t s, uint32_t d, uint32_t inv, unsigned) {
+                                              return (s * ca + d * inv) >> 8;
+                                          });
         return;
     }
-    modulate_run<SrcAlpha, KeepAlpha>(src, dst, count, ca,
-        [ca, color](uint32_t s, uint32_t d, uint32_t inv, unsigned shift) {
+    modulate_run<SrcAlpha, KeepAlpha>(
+        src, dst, count, ca, [ca, color](uint32_t s, uint32_t d, uint32_t inv, unsigned shift) {
             return (d * inv + ((s * channel(color, shift) * ca) >> 8)) >> 8;
         });
 }
@@ -43,28 +43,32 @@ void modulate(const uint32_t *src, uint32_t *dst, int32_t count, uint32_t color)
 
 extern "C" {
 
-// a = (s.alpha x ca) >> 8, inv = 255 - a; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha kept
+// a = (s.alpha x ca) >> 8, inv = 255 - a; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv +
+// ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha kept
 void xc_blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,
                                            uint32_t color) {
-    fbc::px::modulate<true, true>(static_cast<const uint32_t *>(src),
-                                  static_cast<uint32_t *>(dst), count, color);
+    fbc::px::modulate<true, true>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst),
+                                  count, color);
 }
 
-// a = (s.alpha x ca) >> 8, inv = 255 - a; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha = ((d.alpha x inv) >> 8) + a
+// a = (s.alpha x ca) >> 8, inv = 255 - a; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv +
+// ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha = ((d.alpha x inv) >> 8) + a
 void xc_blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,
                                             uint32_t color) {
-    fbc::px::modulate<true, false>(static_cast<const uint32_t *>(src),
-                                   static_cast<uint32_t *>(dst), count, color);
+    fbc::px::modulate<true, false>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst),
+                                   count, color);
 }
 
-// inv = 255 - ca; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha kept
+// inv = 255 - ca; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca)
+// >> 8)) >> 8; d.alpha kept
 void xc_blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count,
                                           uint32_t color) {
-    fbc::px::modulate<false, true>(static_cast<const uint32_t *>(src),
-                                   static_cast<uint32_t *>(dst), count, color);
+    fbc::px::modulate<false, true>(static_cast<const uint32_t *>(src), static_cast<uint32_t *>(dst),
+                                   count, color);
 }
 
-// inv = 255 - ca; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca) >> 8)) >> 8; d.alpha = ((d.alpha x inv) >> 8) + ca
+// inv = 255 - ca; d.c = white ? (s.c x ca + d.c x inv) >> 8 : (d.c x inv + ((s.c x colour.c x ca)
+// >> 8)) >> 8; d.alpha = ((d.alpha x inv) >> 8) + ca
 void xc_blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,
                                            uint32_t color) {
     fbc::px::modulate<false, false>(static_cast<const uint32_t *>(src),

@@ -38,8 +38,7 @@ inline uint32_t modulated(uint32_t s, uint32_t d, uint32_t a, const Tint &k) {
     br = (br >> 8) & m;
     if constexpr (KeepAlpha)
         return br | ((((d >> 8) & 0xFFu) * inv + green) & 0xFF00u) | (d & kAlphaMask);
-    else
-        return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
+    else return br | ((((d >> 8) & m) * inv + green + (a << 24)) & ~m);
 }
 
 // The reference takes the pixels the lanes cannot; the call stays outside
@@ -65,14 +64,12 @@ void modulate(const void *src, void *dst, int32_t count, uint32_t color) {
     auto *d = static_cast<uint32_t *>(dst);
     if ((color & kColourMask) == kColourMask)
         modulate_run<SrcAlpha, KeepAlpha, true>(s, d, count, color);
-    else
-        modulate_run<SrcAlpha, KeepAlpha, false>(s, d, count, color);
+    else modulate_run<SrcAlpha, KeepAlpha, false>(s, d, count, color);
 }
 
 }  // namespace
 
-void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,
-                                        uint32_t color) {
+void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<true, true>(src, dst, count, color);
 }
 
@@ -81,13 +78,11 @@ void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t cou
     modulate<true, false>(src, dst, count, color);
 }
 
-void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count,
-                                       uint32_t color) {
+void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<false, true>(src, dst, count, color);
 }
 
-void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,
-                                        uint32_t color) {
+void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<false, false>(src, dst, count, color);
 }
 

@@ -24,11 +24,13 @@ void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32
     const auto *b = reinterpret_cast<const uint8_t *>(bottom);
     auto *o = reinterpret_cast<uint8_t *>(out);
     const auto w = static_cast<int32_t>(f);
-    for (int32_t k = 0; k < 4 * n; ++k) o[k] = static_cast<uint8_t>(a[k] + (((b[k] - a[k]) * w) >> 16));
+    for (int32_t k = 0; k < 4 * n; ++k)
+        o[k] = static_cast<uint8_t>(a[k] + (((b[k] - a[k]) * w) >> 16));
 }
 
 void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n) {
-    for (int32_t i = 0; i < n; ++i) out[i] = lerp_bytes(row[taps[i].at], row[taps[i].next], taps[i].f);
+    for (int32_t i = 0; i < n; ++i)
+        out[i] = lerp_bytes(row[taps[i].at], row[taps[i].next], taps[i].f);
 }
 
 }  // namespace fbc::px

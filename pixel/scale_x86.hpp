@@ -28,8 +28,7 @@ __m128i word_at(const uint32_t *row, int32_t i) { return _mm_cvtsi32_si128(int(r
 
 }  // namespace
 
-void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n,
-               uint32_t f) {
+void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f) {
     const __m128i z = _mm_setzero_si128(), w = _mm_set1_epi16(short(f));
     int32_t i = 0;
     for (; i + 4 <= n; i += 4) {
@@ -48,18 +47,18 @@ void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t
     for (; i + 4 <= n; i += 4) {
         const WordTap *t = taps + i;
         // Pixels 0 and 1 in the low register, 2 and 3 in the high one.
-        const __m128i a = _mm_unpacklo_epi64(
-            _mm_unpacklo_epi32(word_at(row, t[0].at), word_at(row, t[1].at)),
-            _mm_unpacklo_epi32(word_at(row, t[2].at), word_at(row, t[3].at)));
+        const __m128i a =
+            _mm_unpacklo_epi64(_mm_unpacklo_epi32(word_at(row, t[0].at), word_at(row, t[1].at)),
+                               _mm_unpacklo_epi32(word_at(row, t[2].at), word_at(row, t[3].at)));
         const __m128i b = _mm_unpacklo_epi64(
             _mm_unpacklo_epi32(word_at(row, t[0].next), word_at(row, t[1].next)),
             _mm_unpacklo_epi32(word_at(row, t[2].next), word_at(row, t[3].next)));
-        const __m128i f = _mm_setr_epi16(short(t[0].f), short(t[0].f), short(t[0].f),
-                                         short(t[0].f), short(t[1].f), short(t[1].f),
-                                         short(t[1].f), short(t[1].f));
-        const __m128i g = _mm_setr_epi16(short(t[2].f), short(t[2].f), short(t[2].f),
-                                         short(t[2].f), short(t[3].f), short(t[3].f),
-                                         short(t[3].f), short(t[3].f));
+        const __m128i f =
+            _mm_setr_epi16(short(t[0].f), short(t[0].f), short(t[0].f), short(t[0].f),
+                           short(t[1].f), short(t[1].f), short(t[1].f), short(t[1].f));
+        const __m128i g =
+            _mm_setr_epi16(short(t[2].f), short(t[2].f), short(t[2].f), short(t[2].f),
+                           short(t[3].f), short(t[3].f), short(t[3].f), short(t[3].f));
         const __m128i lo = lerp8(_mm_unpacklo_epi8(a, z), _mm_unpacklo_epi8(b, z), f);
         const __m128i hi = lerp8(_mm_unpackhi_epi8(a, z), _mm_unpackhi_epi8(b, z), g);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(out + i), _mm_packus_epi16(lo, hi));

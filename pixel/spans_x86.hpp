@@ -82,7 +82,8 @@ void blend_color(uint32_t color, void *dst, int32_t count) {
     const int32_t n = whole(count);
     for (int32_t i = 0; i < n; i += kWidth) store(d + i, add8(fade(load(d + i), inv16, inv16), c));
     if (n < count)
-        (KeepAlpha ? xc_blend_color_rgba_to_rgb : xc_blend_color_rgba_to_rgba)(color, d + n, count - n);
+        (KeepAlpha ? xc_blend_color_rgba_to_rgb : xc_blend_color_rgba_to_rgba)(color, d + n,
+                                                                               count - n);
 }
 
 // Aligned stores, four to a turn: a store across two cache lines costs two.
@@ -121,7 +122,7 @@ void blend_pixels(const void *src, void *dst, int32_t count) {
     }
     if (n < count)
         (KeepAlpha ? xc_blend_pixels_rgba_to_rgb : xc_blend_pixels_rgba_to_rgba)(s + n, d + n,
-                                                                               count - n, 0);
+                                                                                 count - n, 0);
 }
 
 // Modulated blend: a = (s.alpha x ca) >> 8 (ca for rgb sources); the
@@ -142,8 +143,8 @@ void modulate_opaque_run(const uint32_t *s, uint32_t *d, int32_t n, uint32_t col
     };
     for (int32_t i = 0; i < n; i += kWidth) {
         const Reg x = load(s + i), y = load(d + i);
-        store(d + i, packus16(half(lo16(x), lo16_high(x), lo16(y)),
-                              half(hi16(x), hi16_high(x), hi16(y))));
+        store(d + i,
+              packus16(half(lo16(x), lo16_high(x), lo16(y)), half(hi16(x), hi16_high(x), hi16(y))));
     }
 }
 
@@ -176,9 +177,10 @@ void modulate_alpha_run(const uint32_t *s, uint32_t *d, int32_t n, uint32_t colo
     const Reg weight_even = splat(tint(16) << 16 | tint(0)), weight_odd = splat(ca << 16 | tint(8));
     for (int32_t i = 0; i < n; i += kWidth) {
         const Reg x = load(s + i), y = load(d + i);
-        store(d + i, premultiplied(x)
-                         ? modulate_pixels<KeepAlpha, White, false>(x, y, ca16, weight_even, weight_odd)
-                         : modulate_pixels<KeepAlpha, White, true>(x, y, ca16, weight_even, weight_odd));
+        store(d + i,
+              premultiplied(x)
+                  ? modulate_pixels<KeepAlpha, White, false>(x, y, ca16, weight_even, weight_odd)
+                  : modulate_pixels<KeepAlpha, White, true>(x, y, ca16, weight_even, weight_odd));
     }
 }
 
@@ -358,28 +360,24 @@ void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t) 
     copy_16_to_rgb(static_cast<const uint16_t *>(src), static_cast<uint32_t *>(dst), count);
 }
 
-void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,
-                                        uint32_t color) {
+void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<true, true>(src, dst, count, color);
 }
 void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,
                                          uint32_t color) {
     modulate<true, false>(src, dst, count, color);
 }
-void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count,
-                                       uint32_t color) {
+void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<false, true>(src, dst, count, color);
 }
-void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,
-                                        uint32_t color) {
+void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t color) {
     modulate<false, false>(src, dst, count, color);
 }
 
 void blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count, uint32_t color) {
     cover_color<true>(cov, dst, count, color);
 }
-void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,
-                                    uint32_t color) {
+void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count, uint32_t color) {
     cover_color<false>(cov, dst, count, color);
 }
 void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,

@@ -44,13 +44,10 @@ void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t coun
                                      const uint32_t *tex);
 void blend_alpha_texture_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,
                                       const uint32_t *tex);
-void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,
-                                        uint32_t color);
-void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,
-                                         uint32_t color);
+void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
+void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
 void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count, uint32_t color);
-void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,
-                                        uint32_t color);
+void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t color);
 void convert_rgba_to_16(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
                         int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);
 void convert_rgba_to_16_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,
@@ -78,52 +75,50 @@ void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_
 #define FBC_SSE2(kernel) FBC_VARIANT(kSse2, kSse2, sse2::kernel)
 #define FBC_AVX2(kernel) FBC_VARIANT(kAvx2, kAvx2, avx2::kernel)
 #define FBC_X86(kernel) FBC_AVX2(kernel) FBC_SSE2(kernel)
-#define FBC_X86_KERNELS                                                                           \
-    void blend_color_rgba_to_rgb(uint32_t color, void *dst, int32_t count);                       \
-    void blend_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);                      \
-    void copy_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);                       \
-    void copy_color_rgb_to_rgba(uint32_t color, void *dst, int32_t count);                        \
-    void blend_pixels_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t);           \
-    void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t);          \
-    void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t);            \
-    void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t);             \
-    void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t);              \
-    void copy_pixels_16_to_16(const void *src, void *dst, int32_t count, uint32_t);               \
-    void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,            \
-                                            uint32_t color);                                      \
-    void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,           \
-                                             uint32_t color);                                     \
-    void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count,             \
-                                           uint32_t color);                                       \
-    void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,            \
-                                            uint32_t color);                                      \
-    void blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,              \
-                                       uint32_t color);                                           \
-    void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,             \
-                                        uint32_t color);                                          \
-    void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,            \
-                                         const uint32_t *tex);                                    \
-    void blend_alpha_texture_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,           \
-                                          const uint32_t *tex);                                   \
-    void convert_rgba_to_16(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,       \
-                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);   \
-    void convert_rgba_to_16_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
-                               int32_t width, int32_t height, int32_t dither_x,                   \
-                               int32_t dither_y);                                                 \
-    void convert_rgba_to_16_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,   \
-                                int32_t width, int32_t height, int32_t dither_x,                  \
-                                int32_t dither_y);                                                \
-    void convert_rgba_to_18(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,       \
-                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);   \
-    void convert_rgba_to_18_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
-                               int32_t width, int32_t height, int32_t dither_x,                   \
-                               int32_t dither_y);                                                 \
-    void convert_rgba_to_18_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,   \
-                                int32_t width, int32_t height, int32_t dither_x,                  \
-                                int32_t dither_y);                                                \
-    void convert_rgba_to_32_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
-                               int32_t width, int32_t height, int32_t, int32_t);                  \
-    void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,   \
+#define FBC_X86_KERNELS                                                                            \
+    void blend_color_rgba_to_rgb(uint32_t color, void *dst, int32_t count);                        \
+    void blend_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);                       \
+    void copy_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);                        \
+    void copy_color_rgb_to_rgba(uint32_t color, void *dst, int32_t count);                         \
+    void blend_pixels_rgba_to_rgb(const void *src, void *dst, int32_t count, uint32_t);            \
+    void blend_pixels_rgba_to_rgba(const void *src, void *dst, int32_t count, uint32_t);           \
+    void copy_pixels_rgb_to_rgba(const void *src, void *dst, int32_t count, uint32_t);             \
+    void copy_pixels_rgba_to_16(const void *src, void *dst, int32_t count, uint32_t);              \
+    void copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count, uint32_t);               \
+    void copy_pixels_16_to_16(const void *src, void *dst, int32_t count, uint32_t);                \
+    void blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst, int32_t count,             \
+                                            uint32_t color);                                       \
+    void blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst, int32_t count,            \
+                                             uint32_t color);                                      \
+    void blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst, int32_t count,              \
+                                           uint32_t color);                                        \
+    void blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst, int32_t count,             \
+                                            uint32_t color);                                       \
+    void blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,               \
+                                       uint32_t color);                                            \
+    void blend_alpha_color_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,              \
+                                        uint32_t color);                                           \
+    void blend_alpha_texture_rgba_to_rgb(const uint8_t *cov, void *dst, int32_t count,             \
+                                         const uint32_t *tex);                                     \
+    void blend_alpha_texture_rgba_to_rgba(const uint8_t *cov, void *dst, int32_t count,            \
+                                          const uint32_t *tex);                                    \
+    void convert_rgba_to_16(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,        \
+                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);    \
+    void convert_rgba_to_16_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,     \
+                               int32_t width, int32_t height, int32_t dither_x, int32_t dither_y); \
+    void convert_rgba_to_16_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
+                                int32_t width, int32_t height, int32_t dither_x,                   \
+                                int32_t dither_y);                                                 \
+    void convert_rgba_to_18(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,        \
+                            int32_t width, int32_t height, int32_t dither_x, int32_t dither_y);    \
+    void convert_rgba_to_18_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,     \
+                               int32_t width, int32_t height, int32_t dither_x, int32_t dither_y); \
+    void convert_rgba_to_18_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
+                                int32_t width, int32_t height, int32_t dither_x,                   \
+                                int32_t dither_y);                                                 \
+    void convert_rgba_to_32_90(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,     \
+                               int32_t width, int32_t height, int32_t, int32_t);                   \
+    void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_t dst_skip,    \
                                 int32_t width, int32_t height, int32_t, int32_t);
 namespace fbc::px::sse2 {
 FBC_X86_KERNELS

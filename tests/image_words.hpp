@@ -2,9 +2,9 @@
 // shared by the draw and transform tests.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstring>
-#include <array>
 #include <functional>
 #include <memory>
 #include <string>

@@ -79,7 +79,7 @@ Found find_in_fallback_list(xc_font *font, uint16_t ch) {
 
 [[noreturn]] void glyph_failed(FT_Face face, FT_UInt index) {
     fbc::log_out("load glyph failed: face = %p index = %d\n", static_cast<void *>(face),
-                static_cast<int>(index));
+                 static_cast<int>(index));
     const xc_font_glyph *fg = nullptr;
     FBC_ASSERT(kModule, fg);
     std::abort();

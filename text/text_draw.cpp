@@ -88,8 +88,10 @@ void draw_bitmap(const Painter &p, const FT_Bitmap &bitmap, int64_t gx, int64_t 
 // The painter for one call, or false when nothing can be drawn.
 bool make_painter(xc_image *image, const xg_area &clip, const xc_paint &paint, Painter &p) {
     if (!has_32bit_pixels(image)) return false;
-    p = Painter{image, {clip.x1, clip.y1, clip.x2, clip.y2}, nullptr, paint.color,
-                nullptr, paint.texture, paint.x, paint.y};
+    p = Painter{image,   {clip.x1, clip.y1, clip.x2, clip.y2},
+                nullptr, paint.color,
+                nullptr, paint.texture,
+                paint.x, paint.y};
     // The image bounds keep a careless clip from reaching outside the pixels.
     p.limit = p.limit.cut({0, 0, image->width, image->height});
     if (paint.texture) {

@@ -64,9 +64,7 @@ int32_t utf8_size_of(uint16_t u) {
 }
 
 // Bytes for n + 1 units, or nullopt when that cannot be sized.
-std::optional<int32_t> units_bytes(int64_t n) {
-    return checked_product(n + 1, sizeof(uint16_t));
-}
+std::optional<int32_t> units_bytes(int64_t n) { return checked_product(n + 1, sizeof(uint16_t)); }
 
 uint16_t *allocate_units(int64_t n) {
     auto bytes = units_bytes(n);

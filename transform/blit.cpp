@@ -33,8 +33,8 @@ uint32_t unpremultiply(uint32_t pixel) {
     return out;
 }
 
-void blit_single_color(xc_image *src, xc_image *dst, const xg_area *clip, int32_t sx,
-                       int32_t sy, xg_area area, uint32_t color) {
+void blit_single_color(xc_image *src, xc_image *dst, const xg_area *clip, int32_t sx, int32_t sy,
+                       xg_area area, uint32_t color) {
     uint32_t pixel;
     if (!read_single_pixel(src, sx, sy, &pixel)) return;
     if (color != kNoModulation) {

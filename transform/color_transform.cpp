@@ -52,7 +52,8 @@ void transform_grey(const uint32_t *src, uint32_t *dst, size_t count, const Matr
     for (size_t i = 0; i < count; ++i) {
         const uint32_t p = src[i];
         const uint32_t sum = ((p >> 16) & 0xFF) * uint32_t(m.m[0][0]) +
-                             ((p >> 8) & 0xFF) * uint32_t(m.m[1][0]) + (p & 0xFF) * uint32_t(m.m[2][0]);
+                             ((p >> 8) & 0xFF) * uint32_t(m.m[1][0]) +
+                             (p & 0xFF) * uint32_t(m.m[2][0]);
         uint32_t out = p & 0xFF000000u;
         for (int c = 0; c < 3; ++c) {
             const int32_t v = static_cast<int32_t>(sum + uint32_t(m.m[3][c])) >> 16;
@@ -119,10 +120,8 @@ xc_image *xc_image_new_from_color_transformed_image(xc_image *image, const float
     const size_t count = static_cast<size_t>(image->width) * static_cast<size_t>(image->height);
     const auto *src = reinterpret_cast<const uint32_t *>(image->data);
     auto *dst = reinterpret_cast<uint32_t *>(result->data);
-    if (fbc::is_grey(m, lower, upper))
-        fbc::transform_grey(src, dst, count, m);
-    else
-        fbc::transform_general(src, dst, count, m, lower, upper);
+    if (fbc::is_grey(m, lower, upper)) fbc::transform_grey(src, dst, count, m);
+    else fbc::transform_general(src, dst, count, m, lower, upper);
     result->no_cache = 1;
     return result;
 }

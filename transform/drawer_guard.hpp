@@ -21,9 +21,8 @@ enum class Rows { pointer, words };
 
 // Pixel (x, y) as a drawer addressing rows that way reaches it.
 inline uint8_t *row_pixel(const xc_image *image, Rows rows, int32_t x, int32_t y) {
-    return rows == Rows::words
-               ? image->data + (int64_t{y} * image->width + x) * 4
-               : static_cast<uint8_t *>(xc_image_pointer(image, x, y));
+    return rows == Rows::words ? image->data + (int64_t{y} * image->width + x) * 4
+                               : static_cast<uint8_t *>(xc_image_pointer(image, x, y));
 }
 
 struct DrawerKind {

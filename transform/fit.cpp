@@ -58,8 +58,7 @@ Plan matte(int64_t w0, int64_t h0, int64_t w, int64_t h) {
 
 // Centred without scaling when the source fits, as matte otherwise.
 Plan matte_both(int32_t w0, int32_t h0, int32_t w, int32_t h) {
-    if (w0 <= w && h0 <= h)
-        return {{0, 0, w0, h0}, {(w - w0) / 2, (h - h0) / 2, w0, h0}, true};
+    if (w0 <= w && h0 <= h) return {{0, 0, w0, h0}, {(w - w0) / 2, (h - h0) / 2, w0, h0}, true};
     return matte(w0, h0, w, h);
 }
 
@@ -82,7 +81,7 @@ xc_image *xc_image_fit_size(xc_image *src, int32_t width, int32_t height, const 
     // A zero size would divide by zero in the geometry.
     if (!src || width < 1 || height < 1 || src->width < 1 || src->height < 1) {
         fbc::log_out("xc_image_fit_size: bad size: %d x %d from %d x %d\n", width, height,
-                    src ? src->width : 0, src ? src->height : 0);
+                     src ? src->width : 0, src ? src->height : 0);
         return nullptr;
     }
     if (!fbc::made_size_fits(width, height)) {
@@ -100,10 +99,11 @@ xc_image *xc_image_fit_size(xc_image *src, int32_t width, int32_t height, const 
     result->no_cache = 1;
     const fbc::Plan p = fbc::plan(fbc::mode_of(mode), src->width, src->height, width, height);
     if (p.zero_first)
-        std::memset(result->data, 0, static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
+        std::memset(result->data, 0,
+                    static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
     fbc::log_out("%s: src: x = %d y = %d w = %d h = %d dst: x = %d y = %d w = %d h = %d\n",
-                "xc_image_fit_size", p.src.x, p.src.y, p.src.w, p.src.h, p.dst.x, p.dst.y,
-                p.dst.w, p.dst.h);
+                 "xc_image_fit_size", p.src.x, p.src.y, p.src.w, p.src.h, p.dst.x, p.dst.y, p.dst.w,
+                 p.dst.h);
     const xg_area whole{0, 0, width, height};
     xg_area fill = whole;
     xc_rectangle_draw(result, &whole, &fill, 0xFF000000u);

@@ -23,10 +23,9 @@ constexpr int32_t kMaxSide = 16383;
 // turned as the 32-bit words it is addressed as, so its result has rows of
 // 4 bytes a pixel too.
 xc_image *same_kind(const xc_image *src, int32_t width, int32_t height) {
-    xc_image *result = src->depth == 16
-                           ? xc_image_new_from_data(width, height, nullptr, 16, 0, 0)
-                           : xc_image_new_with_data(width, height, nullptr, src->format, 0, 0,
-                                                    width * 4);
+    xc_image *result = src->depth == 16 ? xc_image_new_from_data(width, height, nullptr, 16, 0, 0)
+                                        : xc_image_new_with_data(width, height, nullptr,
+                                                                 src->format, 0, 0, width * 4);
     result->depth = src->depth;
     result->has_alpha = src->has_alpha;
     return result;
@@ -50,12 +49,11 @@ void permute(const xc_image *src, xc_image *dst, int32_t quarter) {
 
 xc_image *quarter_turn(const xc_image *src, int32_t quarter) {
     const bool swap = quarter % 2 == 1;
-    xc_image *result = same_kind(src, swap ? src->height : src->width, swap ? src->width : src->height);
+    xc_image *result =
+        same_kind(src, swap ? src->height : src->width, swap ? src->width : src->height);
     if (!result->data) return result;
-    if (src->depth == 16)
-        permute<uint16_t>(src, result, quarter);
-    else
-        permute<uint32_t>(src, result, quarter);
+    if (src->depth == 16) permute<uint16_t>(src, result, quarter);
+    else permute<uint32_t>(src, result, quarter);
     return result;
 }
 
@@ -99,7 +97,8 @@ xc_image *free_turn(const xc_image *src, int32_t degrees) {
         auto px = static_cast<int32_t>(((dx * c + dy * s) >> 16) + (w << 15) - 0x8000);
         auto py = static_cast<int32_t>(((dy * c - dx * s) >> 16) + (h << 15) - 0x8000);
         auto *out = static_cast<uint32_t *>(xc_image_pointer(result, 0, y));
-        for (int32_t x = 0; x < bw; ++x, px += static_cast<int32_t>(c), py -= static_cast<int32_t>(s))
+        for (int32_t x = 0; x < bw;
+             ++x, px += static_cast<int32_t>(c), py -= static_cast<int32_t>(s))
             out[x] = sample(src, px, py);
     }
     return result;

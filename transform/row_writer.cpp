@@ -16,9 +16,8 @@ constexpr int64_t kChunk = 256;
 
 // Bytes from p, a pixel of the image, to the end of its block.
 int64_t bytes_left(const xc_image *image, const uint8_t *p) {
-    return block_bytes(image) -
-           static_cast<int64_t>(reinterpret_cast<uintptr_t>(p) -
-                                reinterpret_cast<uintptr_t>(image->data));
+    return block_bytes(image) - static_cast<int64_t>(reinterpret_cast<uintptr_t>(p) -
+                                                     reinterpret_cast<uintptr_t>(image->data));
 }
 
 bool aligned(const void *p, int32_t size) {

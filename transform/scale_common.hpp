@@ -27,7 +27,8 @@ inline uint32_t lerp_byte(uint32_t cur, uint32_t next, uint32_t f, int shift) {
 // `keep`.
 inline uint32_t lerp_word(uint32_t cur, uint32_t next, uint32_t f, bool alpha, uint32_t keep) {
     const uint32_t a = alpha ? lerp_byte(cur, next, f, 24) : keep & 0xFF000000u;
-    return a | lerp_byte(cur, next, f, 16) | lerp_byte(cur, next, f, 8) | lerp_byte(cur, next, f, 0);
+    return a | lerp_byte(cur, next, f, 16) | lerp_byte(cur, next, f, 8) |
+           lerp_byte(cur, next, f, 0);
 }
 
 // 16.16 step between first and last: ((from - 1) << 16) / (to - 1), 0 when

@@ -29,7 +29,8 @@ xc_image *result_like(const xc_image *src, int32_t width, int32_t height) {
                                       : xc_image_create(width, height);
     result->no_cache = 1;
     if (result->data)
-        std::memset(result->data, 0, static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
+        std::memset(result->data, 0,
+                    static_cast<size_t>(result->rowstride) * static_cast<size_t>(height));
     return result;
 }
 
@@ -81,8 +82,8 @@ xc_image *xc_image_scale_down_xy_2(xc_image *src, int32_t width, int32_t height)
         xc_image_unref(current);
         current = half;
     }
-    xc_image *result = current->data ? fbc::scaled_into(current, width, height, xc_scale_smooth)
-                                     : nullptr;
+    xc_image *result =
+        current->data ? fbc::scaled_into(current, width, height, xc_scale_smooth) : nullptr;
     xc_image_unref(current);
     if (!result || !result->data) {
         fbc::log_out("xc_image_scale_down_xy_2: no memory for %d x %d\n", width, height);

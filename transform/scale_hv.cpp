@@ -25,8 +25,8 @@ void fill_row(uint32_t *row, int32_t n, uint32_t pixel) {
 
 extern "C" {
 
-void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip,
-                const xg_area *src_area, const xg_area *dst_area, uint32_t color) {
+void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip, const xg_area *src_area,
+                const xg_area *dst_area, uint32_t color) {
     const fbc::DrawerGuard guard(src, dst, clip, src_area, dst_area, color, fbc::kWordSource);
     if (!guard) return;
     const fbc::RowWriter &out = guard.out();
@@ -61,8 +61,8 @@ void xc_scale_h(const xc_image *src, xc_image *dst, const xg_area *clip,
     }
 }
 
-void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip,
-                const xg_area *src_area, const xg_area *dst_area, uint32_t color) {
+void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip, const xg_area *src_area,
+                const xg_area *dst_area, uint32_t color) {
     const fbc::DrawerGuard guard(src, dst, clip, src_area, dst_area, color, fbc::kWordSource);
     if (!guard) return;
     const fbc::RowWriter &out = guard.out();
@@ -72,8 +72,7 @@ void xc_scale_v(const xc_image *src, xc_image *dst, const xg_area *clip,
     const int32_t sw = fbc::width_of(*src_area), dw = fbc::width_of(*dst_area);
     if (sw == dw) {
         const uint32_t *s = fbc::word_at(from, c.x1 - dst_area->x1 + src_area->x1, src_area->y1);
-        for (int32_t y = c.y1; y < c.y2; ++y)
-            out.draw(s, from, xc_image_pointer(dst, c.x1, y), n);
+        for (int32_t y = c.y1; y < c.y2; ++y) out.draw(s, from, xc_image_pointer(dst, c.x1, y), n);
         return;
     }
     fbc::RowBuffer row(n);

@@ -85,10 +85,8 @@ void copy_in_place(const RowWriter &out, const xc_image *image, const uint8_t *s
     const int32_t bytes = n * pointer_step(image);
     for (int32_t i = 0; i < rows; ++i) {
         const intptr_t r = (bottom_up ? rows - 1 - i : i) * static_cast<intptr_t>(image->rowstride);
-        if (s + r < d + r + bytes && d + r < s + r + bytes)
-            out.draw_overlapping(s + r, d + r, n);
-        else
-            out.draw(s + r, image, d + r, n);
+        if (s + r < d + r + bytes && d + r < s + r + bytes) out.draw_overlapping(s + r, d + r, n);
+        else out.draw(s + r, image, d + r, n);
     }
 }
 
@@ -118,10 +116,8 @@ void xc_scale_noscale(const xc_image *src, xc_image *dst, const xg_area *clip,
     if (c.x1 == 0 && c.x2 == from->width && from->depth == dst->depth &&
         from->rowstride == dst->rowstride) {
         const int64_t count = int64_t{rows} * c.x2;
-        if (in_place)
-            out.draw_overlapping(s, d, count);
-        else
-            out.draw(s, from, d, count);
+        if (in_place) out.draw_overlapping(s, d, count);
+        else out.draw(s, from, d, count);
         return;
     }
     if (in_place) {

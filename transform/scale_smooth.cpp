@@ -61,7 +61,10 @@ int32_t max_count(const std::vector<Tap> &taps) {
 class SourceRows {
 public:
     SourceRows(const xc_image *src, const xg_area &area, int32_t first_column, int32_t columns)
-        : src_(src), x_(area.x1 + first_column), y_(area.y1), n_(columns),
+        : src_(src),
+          x_(area.x1 + first_column),
+          y_(area.y1),
+          n_(columns),
           widen_(src->depth == 16) {
         if (widen_) kept_.resize(2 * static_cast<size_t>(columns));
     }
@@ -127,8 +130,8 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
     const xg_area &clip = guard.clip();
     auto columns = make_taps(fx, width_of(src_area), width_of(dst_area), clip.x1 - dst_area.x1,
                              clip.x2 - dst_area.x1);
-    const auto rows = make_taps(fy, height_of(src_area), height_of(dst_area),
-                                clip.y1 - dst_area.y1, clip.y2 - dst_area.y1);
+    const auto rows = make_taps(fy, height_of(src_area), height_of(dst_area), clip.y1 - dst_area.y1,
+                                clip.y2 - dst_area.y1);
     const int32_t span_first = columns.front().first;
     const int32_t span = columns.back().first + columns.back().count - span_first;
     for (Tap &t : columns) t.first -= span_first;
@@ -166,10 +169,8 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
         uint32_t summed_rows = 0;
         if (fy == Filter::linear) {
             const uint32_t *top = source.row(rt.first);
-            if (rt.f == 0)
-                line = top;
-            else
-                lerp_rows(top, source.row(rt.first + 1), blended.data(), span, rt.f);
+            if (rt.f == 0) line = top;
+            else lerp_rows(top, source.row(rt.first + 1), blended.data(), span, rt.f);
         } else {
             std::fill(sums.begin(), sums.end(), 0u);
             for (int32_t r = rt.first; r < rt.first + rt.count; ++r) {
@@ -191,15 +192,15 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
             divisors.set_rows(1);
             const auto *bytes = reinterpret_cast<const uint8_t *>(line);
             for (int32_t i = 0; i < n; ++i)
-                out[static_cast<size_t>(i)] =
-                    box_average(bytes + 4 * columns[static_cast<size_t>(i)].first, 4,
-                                columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
+                out[static_cast<size_t>(i)] = box_average(
+                    bytes + 4 * columns[static_cast<size_t>(i)].first, 4,
+                    columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
         } else {
             divisors.set_rows(summed_rows);
             for (int32_t i = 0; i < n; ++i)
-                out[static_cast<size_t>(i)] =
-                    box_average(sums.data() + 4 * columns[static_cast<size_t>(i)].first, 4,
-                                columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
+                out[static_cast<size_t>(i)] = box_average(
+                    sums.data() + 4 * columns[static_cast<size_t>(i)].first, 4,
+                    columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
         }
         writer.draw(out.data(), nullptr, xc_image_pointer(dst, clip.x1, y), n);
     }
@@ -235,12 +236,9 @@ void xc_scale_smooth(const xc_image *src, xc_image *dst, const xg_area *clip,
     const bool shrink_x = fbc::wide_width(*dst_area) < fbc::wide_width(*src_area) / 2;
     const bool shrink_y = fbc::wide_height(*dst_area) < fbc::wide_height(*src_area) / 2;
     xc_scale_func drawer = xc_scale_linear;
-    if (shrink_x && shrink_y)
-        drawer = xc_image_scale_down_xy;
-    else if (shrink_x)
-        drawer = xc_image_scale_down_x;
-    else if (shrink_y)
-        drawer = xc_image_scale_down_y;
+    if (shrink_x && shrink_y) drawer = xc_image_scale_down_xy;
+    else if (shrink_x) drawer = xc_image_scale_down_x;
+    else if (shrink_y) drawer = xc_image_scale_down_y;
     drawer(src, dst, clip, src_area, dst_area, color);
 }
 
@@ -250,10 +248,10 @@ void xc_scale_linear(const xc_image *src, xc_image *dst, const xg_area *clip,
     if (!guard) return;
     // The guard has refused any area outside the source, so this holds
     // whatever the caller passed.
-    FBC_ASSERT("scale_linear", src_area->x1 >= 0 && src_area->x2 <= src->width &&
-                                   src_area->x1 < src_area->x2);
-    FBC_ASSERT("scale_linear", src_area->y1 >= 0 && src_area->y2 <= src->height &&
-                                   src_area->y1 < src_area->y2);
+    FBC_ASSERT("scale_linear",
+               src_area->x1 >= 0 && src_area->x2 <= src->width && src_area->x1 < src_area->x2);
+    FBC_ASSERT("scale_linear",
+               src_area->y1 >= 0 && src_area->y2 <= src->height && src_area->y1 < src_area->y2);
     fbc::smooth_scale(guard, dst, *src_area, *dst_area, color, fbc::Filter::linear,
                       fbc::Filter::linear);
 }
@@ -272,8 +270,7 @@ void xc_image_scale_down_y(const xc_image *src, xc_image *dst, const xg_area *cl
 
 void xc_image_scale_down_xy(const xc_image *src, xc_image *dst, const xg_area *clip,
                             const xg_area *src_area, const xg_area *dst_area, uint32_t color) {
-    fbc::scale_with(src, dst, clip, src_area, dst_area, color, fbc::Filter::box,
-                    fbc::Filter::box);
+    fbc::scale_with(src, dst, clip, src_area, dst_area, color, fbc::Filter::box, fbc::Filter::box);
 }
 
 }  // extern "C"

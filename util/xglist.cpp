@@ -1,8 +1,8 @@
 // Doubly linked list of data pointers. The empty list is null; operations
 // that may change the list return the list to use from then on.
 #include <cstdio>
-#include <string>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "core/assert.hpp"
@@ -226,8 +226,7 @@ xg_list_item *xg_list_find(xg_list *list, void *data) { return fbc::find_item(li
 int32_t xg_list_get_index(xg_list *list, void *data) {
     if (!list) return -1;
     int32_t index = 0;
-    for (xg_list_item *item = list->first; item && item->data != data; item = item->next)
-        ++index;
+    for (xg_list_item *item = list->first; item && item->data != data; item = item->next) ++index;
     return index;
 }
 

@@ -47,8 +47,8 @@ const void *source(const Canvas &c, Src s) {
     }
 }
 
-using Kernel = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func,
-                            xc_convert_func>;
+using Kernel =
+    std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func, xc_convert_func>;
 
 // Ours: one call per row, as the drawing code makes them; a converter takes
 // the whole canvas in one call, as for one damaged rectangle the panel's size.
@@ -70,9 +70,13 @@ std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color,
         [=](auto f) -> std::function<void()> {
             using F = decltype(f);
             if constexpr (std::is_same_v<F, xc_fill_func>)
-                return [=] { for (int y = 0; y < kHeight; ++y) f(color, out(y), kWidth); };
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y) f(color, out(y), kWidth);
+                };
             else if constexpr (std::is_same_v<F, xc_draw_func>)
-                return [=] { for (int y = 0; y < kHeight; ++y) f(in(y), out(y), kWidth, color); };
+                return [=] {
+                    for (int y = 0; y < kHeight; ++y) f(in(y), out(y), kWidth, color);
+                };
             else if constexpr (std::is_same_v<F, xc_alpha_func>)
                 return [=] {
                     for (int y = 0; y < kHeight; ++y) f(cov + y * kWidth, out(y), kWidth, color);
@@ -82,8 +86,7 @@ std::function<void()> ours(const Kernel &k, Src src, bool dst16, uint32_t color,
                     for (int y = 0; y < kHeight; ++y)
                         f(cov + y * kWidth, out(y), kWidth, tex + y * kWidth);
                 };
-            else
-                return [=] { f(in(0), out(0), 0, 0, kWidth, kHeight, 0, 0); };
+            else return [=] { f(in(0), out(0), 0, 0, kWidth, kHeight, 0, 0); };
         },
         k);
 }
@@ -105,9 +108,10 @@ Image image(Canvas &c, Pix p, Src from, bool is_dst, bool rotated_out) {
     const auto release = [](pixman_image_t *i) { pixman_image_unref(i); };
     if (p == Pix::kNone) return nullptr;
     if (p == Pix::kSolid || p == Pix::kHalfSolid || p == Pix::kHalfMask) {
-        const pixman_color_t color = p == Pix::kSolid       ? pixman_color_t{0x3333, 0x6666, 0x9999, 0xFFFF}
-                                     : p == Pix::kHalfSolid ? pixman_color_t{0x1919, 0x3333, 0x5050, 0x8080}
-                                                            : pixman_color_t{0, 0, 0, 0x8080};
+        const pixman_color_t color =
+            p == Pix::kSolid       ? pixman_color_t{0x3333, 0x6666, 0x9999, 0xFFFF}
+            : p == Pix::kHalfSolid ? pixman_color_t{0x1919, 0x3333, 0x5050, 0x8080}
+                                   : pixman_color_t{0, 0, 0, 0x8080};
         return Image(pixman_image_create_solid_fill(&color), release);
     }
     const pixman_format_code_t format = p == Pix::kXrgb     ? PIXMAN_x8r8g8b8
@@ -116,8 +120,8 @@ Image image(Canvas &c, Pix p, Src from, bool is_dst, bool rotated_out) {
                                         : p == Pix::kA8     ? PIXMAN_a8
                                                             : PIXMAN_a8r8g8b8;
     void *bits = p == Pix::kA8 ? static_cast<void *>(c.cov.data())
-                 : is_dst      ? (p == Pix::kRgb565 ? static_cast<void *>(c.dst16.data()) : c.dst.data())
-                               : const_cast<void *>(source(c, from));
+                 : is_dst ? (p == Pix::kRgb565 ? static_cast<void *>(c.dst16.data()) : c.dst.data())
+                          : const_cast<void *>(source(c, from));
     const int w = rotated_out ? kHeight : kWidth, h = rotated_out ? kWidth : kHeight;
     const int bpp = PIXMAN_FORMAT_BPP(format) / 8;
     return Image(pixman_image_create_bits(format, w, h, static_cast<uint32_t *>(bits), w * bpp),
@@ -161,14 +165,16 @@ Job composite(std::string name, pixman_op_t op, Pix src, Src from, Pix mask, Pix
 Job fill(uint32_t color) {
     return {"pixman_fill", [=](Canvas &c) -> std::function<void()> {
                 return [&c, color] {
-                    if (!pixman_fill(c.dst.data(), kWidth, 32, 0, 0, kWidth, kHeight, color)) std::abort();
+                    if (!pixman_fill(c.dst.data(), kWidth, 32, 0, 0, kWidth, kHeight, color))
+                        std::abort();
                 };
             }};
 }
 
 Job blt(int bpp) {
     return {"pixman_blt", [=](Canvas &c) -> std::function<void()> {
-                auto *s = static_cast<uint32_t *>(const_cast<void *>(source(c, bpp == 16 ? Src::k565 : Src::kArgb)));
+                auto *s = static_cast<uint32_t *>(
+                    const_cast<void *>(source(c, bpp == 16 ? Src::k565 : Src::kArgb)));
                 auto *d = bpp == 16 ? reinterpret_cast<uint32_t *>(c.dst16.data()) : c.dst.data();
                 const int stride = kWidth * bpp / 32;
                 return [=] {
@@ -200,66 +206,179 @@ std::vector<Op> ops() {
     using P = Pix;
     using S = Src;
     return {
-        {"copy_color_rgba_to_rgba", xc_copy_color_rgba_to_rgba, S::kNone, false, kOpaqueColor,
+        {"copy_color_rgba_to_rgba",
+         xc_copy_color_rgba_to_rgba,
+         S::kNone,
+         false,
+         kOpaqueColor,
          {fill(kOpaqueColor)}},
-        {"copy_color_rgb_to_rgba", xc_copy_color_rgb_to_rgba, S::kNone, false, kOpaqueColor,
+        {"copy_color_rgb_to_rgba",
+         xc_copy_color_rgb_to_rgba,
+         S::kNone,
+         false,
+         kOpaqueColor,
          {fill(kOpaqueColor)}},
-        {"blend_color_rgba_to_rgb", xc_blend_color_rgba_to_rgb, S::kNone, false, kHalfColor,
+        {"blend_color_rgba_to_rgb",
+         xc_blend_color_rgba_to_rgb,
+         S::kNone,
+         false,
+         kHalfColor,
          {composite("OVER solid -> x8r8g8b8", over, P::kHalfSolid, S::kNone, P::kNone, P::kXrgb),
-          composite("OVER solid, solid mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask, P::kXrgb)}},
-        {"blend_color_rgba_to_rgba", xc_blend_color_rgba_to_rgba, S::kNone, false, kHalfColor,
+          composite("OVER solid, solid mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask,
+                    P::kXrgb)}},
+        {"blend_color_rgba_to_rgba",
+         xc_blend_color_rgba_to_rgba,
+         S::kNone,
+         false,
+         kHalfColor,
          {composite("OVER solid -> a8r8g8b8", over, P::kHalfSolid, S::kNone, P::kNone, P::kArgb),
-          composite("OVER solid, solid mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask, P::kArgb)}},
-        {"blend_pixels_rgba_to_rgb", xc_blend_pixels_rgba_to_rgb, S::kArgb, false, 0,
+          composite("OVER solid, solid mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kHalfMask,
+                    P::kArgb)}},
+        {"blend_pixels_rgba_to_rgb",
+         xc_blend_pixels_rgba_to_rgb,
+         S::kArgb,
+         false,
+         0,
          {composite("OVER a8r8g8b8 -> x8r8g8b8", over, P::kArgb, S::kArgb, P::kNone, P::kXrgb)}},
-        {"blend_pixels_rgba_to_rgba", xc_blend_pixels_rgba_to_rgba, S::kArgb, false, 0,
+        {"blend_pixels_rgba_to_rgba",
+         xc_blend_pixels_rgba_to_rgba,
+         S::kArgb,
+         false,
+         0,
          {composite("OVER a8r8g8b8 -> a8r8g8b8", over, P::kArgb, S::kArgb, P::kNone, P::kArgb)}},
-        {"copy_pixels_rgba_to_rgba", xc_copy_pixels_rgba_to_rgba, S::kArgb, false, 0,
-         {composite("SRC a8r8g8b8 -> a8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kArgb), blt(32)}},
-        {"copy_pixels_rgb_to_rgba", xc_copy_pixels_rgb_to_rgba, S::kOpaque, false, 0,
+        {"copy_pixels_rgba_to_rgba",
+         xc_copy_pixels_rgba_to_rgba,
+         S::kArgb,
+         false,
+         0,
+         {composite("SRC a8r8g8b8 -> a8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kArgb),
+          blt(32)}},
+        {"copy_pixels_rgb_to_rgba",
+         xc_copy_pixels_rgb_to_rgba,
+         S::kOpaque,
+         false,
+         0,
          {composite("SRC x8r8g8b8 -> a8r8g8b8", copy, P::kXrgb, S::kOpaque, P::kNone, P::kArgb)}},
-        {"copy_pixels_rgba_to_16", xc_copy_pixels_rgba_to_16, S::kOpaque, true, 0,
+        {"copy_pixels_rgba_to_16",
+         xc_copy_pixels_rgba_to_16,
+         S::kOpaque,
+         true,
+         0,
          {composite("SRC x8r8g8b8 -> r5g6b5", copy, P::kXrgb, S::kOpaque, P::kNone, P::kRgb565)}},
-        {"copy_pixels_16_to_rgb", xc_copy_pixels_16_to_rgb, S::k565, false, 0,
+        {"copy_pixels_16_to_rgb",
+         xc_copy_pixels_16_to_rgb,
+         S::k565,
+         false,
+         0,
          {composite("SRC r5g6b5 -> x8r8g8b8", copy, P::kRgb565, S::k565, P::kNone, P::kXrgb)}},
-        {"copy_pixels_16_to_16", xc_copy_pixels_16_to_16, S::k565, true, 0,
-         {composite("SRC r5g6b5 -> r5g6b5", copy, P::kRgb565, S::k565, P::kNone, P::kRgb565), blt(16)}},
-        {"blend_alpha_color_rgba_to_rgb", xc_blend_alpha_color_rgba_to_rgb, S::kNone, false, kOpaqueColor,
-         {composite("OVER solid, a8 mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kA8, P::kXrgb)}},
-        {"blend_alpha_color_rgba_to_rgba", xc_blend_alpha_color_rgba_to_rgba, S::kNone, false, kOpaqueColor,
-         {composite("OVER solid, a8 mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kA8, P::kArgb)}},
-        {"blend_alpha_texture_rgba_to_rgb", xc_blend_alpha_texture_rgba_to_rgb, S::kTexture, false, 0,
-         {composite("OVER a8r8g8b8, a8 mask -> x8r8g8b8", over, P::kArgb, S::kTexture, P::kA8, P::kXrgb)}},
-        {"blend_alpha_texture_rgba_to_rgba", xc_blend_alpha_texture_rgba_to_rgba, S::kTexture, false, 0,
-         {composite("OVER a8r8g8b8, a8 mask -> a8r8g8b8", over, P::kArgb, S::kTexture, P::kA8, P::kArgb)}},
-        {"blend_pixels_mul_color_rgba_to_rgb", xc_blend_pixels_mul_color_rgba_to_rgb, S::kArgb, false, kHalfWhite,
-         {composite("OVER a8r8g8b8, solid mask -> x8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask, P::kXrgb)}},
-        {"blend_pixels_mul_color_rgba_to_rgba", xc_blend_pixels_mul_color_rgba_to_rgba, S::kArgb, false, kHalfWhite,
-         {composite("OVER a8r8g8b8, solid mask -> a8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask, P::kArgb)}},
-        {"blend_pixels_mul_color_rgb_to_rgb", xc_blend_pixels_mul_color_rgb_to_rgb, S::kOpaque, false, kHalfColor,
-         {composite("OVER x8r8g8b8, solid mask -> x8r8g8b8", over, P::kXrgb, S::kOpaque, P::kHalfMask, P::kXrgb)}},
-        {"blend_pixels_mul_color_rgb_to_rgba", xc_blend_pixels_mul_color_rgb_to_rgba, S::kOpaque, false, kHalfColor,
-         {composite("OVER x8r8g8b8, solid mask -> a8r8g8b8", over, P::kXrgb, S::kOpaque, P::kHalfMask, P::kArgb)}},
+        {"copy_pixels_16_to_16",
+         xc_copy_pixels_16_to_16,
+         S::k565,
+         true,
+         0,
+         {composite("SRC r5g6b5 -> r5g6b5", copy, P::kRgb565, S::k565, P::kNone, P::kRgb565),
+          blt(16)}},
+        {"blend_alpha_color_rgba_to_rgb",
+         xc_blend_alpha_color_rgba_to_rgb,
+         S::kNone,
+         false,
+         kOpaqueColor,
+         {composite("OVER solid, a8 mask -> x8r8g8b8", over, P::kSolid, S::kNone, P::kA8,
+                    P::kXrgb)}},
+        {"blend_alpha_color_rgba_to_rgba",
+         xc_blend_alpha_color_rgba_to_rgba,
+         S::kNone,
+         false,
+         kOpaqueColor,
+         {composite("OVER solid, a8 mask -> a8r8g8b8", over, P::kSolid, S::kNone, P::kA8,
+                    P::kArgb)}},
+        {"blend_alpha_texture_rgba_to_rgb",
+         xc_blend_alpha_texture_rgba_to_rgb,
+         S::kTexture,
+         false,
+         0,
+         {composite("OVER a8r8g8b8, a8 mask -> x8r8g8b8", over, P::kArgb, S::kTexture, P::kA8,
+                    P::kXrgb)}},
+        {"blend_alpha_texture_rgba_to_rgba",
+         xc_blend_alpha_texture_rgba_to_rgba,
+         S::kTexture,
+         false,
+         0,
+         {composite("OVER a8r8g8b8, a8 mask -> a8r8g8b8", over, P::kArgb, S::kTexture, P::kA8,
+                    P::kArgb)}},
+        {"blend_pixels_mul_color_rgba_to_rgb",
+         xc_blend_pixels_mul_color_rgba_to_rgb,
+         S::kArgb,
+         false,
+         kHalfWhite,
+         {composite("OVER a8r8g8b8, solid mask -> x8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask,
+                    P::kXrgb)}},
+        {"blend_pixels_mul_color_rgba_to_rgba",
+         xc_blend_pixels_mul_color_rgba_to_rgba,
+         S::kArgb,
+         false,
+         kHalfWhite,
+         {composite("OVER a8r8g8b8, solid mask -> a8r8g8b8", over, P::kArgb, S::kArgb, P::kHalfMask,
+                    P::kArgb)}},
+        {"blend_pixels_mul_color_rgb_to_rgb",
+         xc_blend_pixels_mul_color_rgb_to_rgb,
+         S::kOpaque,
+         false,
+         kHalfColor,
+         {composite("OVER x8r8g8b8, solid mask -> x8r8g8b8", over, P::kXrgb, S::kOpaque,
+                    P::kHalfMask, P::kXrgb)}},
+        {"blend_pixels_mul_color_rgb_to_rgba",
+         xc_blend_pixels_mul_color_rgb_to_rgba,
+         S::kOpaque,
+         false,
+         kHalfColor,
+         {composite("OVER x8r8g8b8, solid mask -> a8r8g8b8", over, P::kXrgb, S::kOpaque,
+                    P::kHalfMask, P::kArgb)}},
         // pixman does not dither on its fast paths: the dithering converters
         // are measured against its plain 565 copy, and beside its dithering
         // general path.
-        {"convert_rgba_to_16", xc_convert_rgba_to_16, S::kArgb, true, 0,
+        {"convert_rgba_to_16",
+         xc_convert_rgba_to_16,
+         S::kArgb,
+         true,
+         0,
          {composite("SRC a8r8g8b8 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565)},
          dithered_565(0)},
-        {"convert_rgba_to_16_90", xc_convert_rgba_to_16_90, S::kArgb, true, 0,
+        {"convert_rgba_to_16_90",
+         xc_convert_rgba_to_16_90,
+         S::kArgb,
+         true,
+         0,
          {composite("SRC rot 90 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 90)},
          dithered_565(90)},
-        {"convert_rgba_to_16_270", xc_convert_rgba_to_16_270, S::kArgb, true, 0,
+        {"convert_rgba_to_16_270",
+         xc_convert_rgba_to_16_270,
+         S::kArgb,
+         true,
+         0,
          {composite("SRC rot 270 -> r5g6b5", copy, P::kArgb, S::kArgb, P::kNone, P::kRgb565, 270)},
          dithered_565(270)},
         {"convert_rgba_to_18", xc_convert_rgba_to_18, S::kArgb, false, 0, {}},
         {"convert_rgba_to_18_90", xc_convert_rgba_to_18_90, S::kArgb, false, 0, {}},
         {"convert_rgba_to_18_270", xc_convert_rgba_to_18_270, S::kArgb, false, 0, {}},
-        {"convert_rgba_to_32", xc_convert_rgba_to_32, S::kArgb, false, 0,
-         {composite("SRC a8r8g8b8 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb), blt(32)}},
-        {"convert_rgba_to_32_90", xc_convert_rgba_to_32_90, S::kArgb, false, 0,
+        {"convert_rgba_to_32",
+         xc_convert_rgba_to_32,
+         S::kArgb,
+         false,
+         0,
+         {composite("SRC a8r8g8b8 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb),
+          blt(32)}},
+        {"convert_rgba_to_32_90",
+         xc_convert_rgba_to_32_90,
+         S::kArgb,
+         false,
+         0,
          {composite("SRC rot 90 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb, 90)}},
-        {"convert_rgba_to_32_270", xc_convert_rgba_to_32_270, S::kArgb, false, 0,
+        {"convert_rgba_to_32_270",
+         xc_convert_rgba_to_32_270,
+         S::kArgb,
+         false,
+         0,
          {composite("SRC rot 270 -> x8r8g8b8", copy, P::kArgb, S::kArgb, P::kNone, P::kXrgb, 270)}},
     };
 }
@@ -284,7 +403,7 @@ const Blit kBlits[] = {
 };
 
 const char *pixman_blit_job(const Blit &b) {
-    return b.over ? "OVER nearest a8r8g8b8 -> x8r8g8b8"
+    return b.over     ? "OVER nearest a8r8g8b8 -> x8r8g8b8"
            : b.smooth ? "SRC bilinear x8r8g8b8 -> x8r8g8b8"
                       : "SRC nearest x8r8g8b8 -> x8r8g8b8";
 }
@@ -331,16 +450,18 @@ std::function<void()> blit_run(const Blit &b, bool ours, bool icon) {
     pixman_transform_init_scale(&t, pixman_double_to_fixed(double(b.sw) / kWidth),
                                 pixman_double_to_fixed(double(b.sh) / kHeight));
     pixman_image_set_transform(s, &t);
-    pixman_image_set_filter(s, b.smooth ? PIXMAN_FILTER_BILINEAR : PIXMAN_FILTER_NEAREST, nullptr, 0);
+    pixman_image_set_filter(s, b.smooth ? PIXMAN_FILTER_BILINEAR : PIXMAN_FILTER_NEAREST, nullptr,
+                            0);
     pixman_image_set_repeat(s, PIXMAN_REPEAT_PAD);
     const pixman_op_t op = b.over ? PIXMAN_OP_OVER : PIXMAN_OP_SRC;
     return [=] { pixman_image_composite32(op, s, nullptr, d, 0, 0, 0, 0, 0, 0, kWidth, kHeight); };
 }
 
 int usage() {
-    std::fprintf(stderr, "usage: device_count list\n"
-                         "       device_count OP ours|reference|dithered|pixman:N icon|random "
-                         "ITERATIONS\n");
+    std::fprintf(stderr,
+                 "usage: device_count list\n"
+                 "       device_count OP ours|reference|dithered|pixman:N icon|random "
+                 "ITERATIONS\n");
     return 2;
 }
 

@@ -27,7 +27,8 @@ xc_image *test_card() {
     xc_image *image = xc_image_new_from_data(kWidth, kHeight, nullptr, 24, 0, 0);
     uint32_t noise = 12345;
     for (int y = 0; y < kHeight; ++y) {
-        auto *row = reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) * image->rowstride);
+        auto *row =
+            reinterpret_cast<uint32_t *>(image->data + static_cast<size_t>(y) * image->rowstride);
         for (int x = 0; x < kWidth; ++x) {
             noise = noise * 1103515245u + 12345u;
             const uint32_t grain = (noise >> 28) & 7u;
@@ -46,7 +47,8 @@ struct Files {
 const Files &files() {
     static const Files f = [] {
         Files made;
-        std::string pattern = (std::filesystem::temp_directory_path() / "fbc-bench-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "fbc-bench-XXXXXX").string();
         made.dir = mkdtemp(pattern.data());
         made.jpeg = made.dir + "/card.jpg";
         made.png = made.dir + "/card.png";
@@ -107,7 +109,8 @@ void bare_png(benchmark::State &state) {
         png_infop info = png_create_info_struct(png);
         png_init_io(png, in);
         png_read_info(png, info);
-        const png_uint_32 width = png_get_image_width(png, info), height = png_get_image_height(png, info);
+        const png_uint_32 width = png_get_image_width(png, info),
+                          height = png_get_image_height(png, info);
         png_set_bgr(png);
         png_set_filler(png, 255, PNG_FILLER_AFTER);
         auto *pixels = static_cast<uint8_t *>(std::malloc(size_t{width} * 4 * height));
@@ -137,7 +140,8 @@ public:
 int main(int argc, char **argv) {
     xc_image_init();
     files();
-    benchmark::RegisterBenchmark("jpeg/ours", front_end, files().jpeg)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("jpeg/ours", front_end, files().jpeg)
+        ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("jpeg/bare", bare_jpeg)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("png/ours", front_end, files().png)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("png/bare", bare_png)->Unit(benchmark::kMillisecond);
@@ -150,7 +154,8 @@ int main(int argc, char **argv) {
     for (const char *format : {"jpeg", "png"}) {
         const double ours = report.ms[std::string(format) + "/ours"];
         const double bare = report.ms[std::string(format) + "/bare"];
-        std::printf("| %s | %.2f | %.2f | %.3f |\n", format, ours, bare, bare > 0 ? ours / bare : 0.0);
+        std::printf("| %s | %.2f | %.2f | %.3f |\n", format, ours, bare,
+                    bare > 0 ? ours / bare : 0.0);
     }
     std::filesystem::remove_all(files().dir);
     benchmark::Shutdown();

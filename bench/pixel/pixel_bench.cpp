@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
+#include "bench/content.hpp"
 #include "fbcompose/pixel.h"
 #include "pixel/kernel_table.hpp"
-#include "bench/content.hpp"
 #include "report.hpp"
 
 namespace {
@@ -59,7 +59,7 @@ Prepare draw(xc_draw_func f, Src src, bool dst16, uint32_t color = 0) {
         return [&c, f, src, dst16, color] {
             for (int y = 0; y < kHeight; ++y) {
                 const size_t row = size_t(y) * kWidth;
-                const void *s = src == Src::k16      ? static_cast<const void *>(&c.src16[row])
+                const void *s = src == Src::k16       ? static_cast<const void *>(&c.src16[row])
                                 : src == Src::kOpaque ? &c.opaque[row]
                                                       : &c.src[row];
                 f(s, dst16 ? static_cast<void *>(&c.dst16[row]) : &c.dst[row], kWidth, color);
@@ -128,14 +128,15 @@ Image make_image(Canvas &c, Pix p, bool is_dst, int w, int h) {
         return Image(pixman_image_create_solid_fill(&color), ImageRelease{});
     }
     const bool narrow = p == Pix::kRgb565;
-    void *bits = p == Pix::kA8 ? static_cast<void *>(c.cov.data())
-                 : narrow      ? (is_dst ? static_cast<void *>(c.dst16.data()) : c.src16.data())
-                 : is_dst      ? static_cast<void *>(c.dst.data())
+    void *bits = p == Pix::kA8     ? static_cast<void *>(c.cov.data())
+                 : narrow          ? (is_dst ? static_cast<void *>(c.dst16.data()) : c.src16.data())
+                 : is_dst          ? static_cast<void *>(c.dst.data())
                  : p == Pix::kXrgb ? c.opaque.data()
                                    : c.src.data();
     const int bpp = PIXMAN_FORMAT_BPP(format_of(p)) / 8;
-    return Image(pixman_image_create_bits(format_of(p), w, h, static_cast<uint32_t *>(bits), w * bpp),
-                 ImageRelease{});
+    return Image(
+        pixman_image_create_bits(format_of(p), w, h, static_cast<uint32_t *>(bits), w * bpp),
+        ImageRelease{});
 }
 
 // Nearest sampling turned by 90 or 270 degrees, the source's w x h into h x w.
@@ -166,9 +167,8 @@ Prepare pixman(pixman_op_t op, Pix src, Pix mask, Pix dst, int rotation = 0) {
 
 Prepare pixman_fill(uint32_t color) {
     return [=](Canvas &c) -> Run {
-        return [&c, color] {
-            ::pixman_fill(c.dst.data(), kWidth, 32, 0, 0, kWidth, kHeight, color);
-        };
+        return
+            [&c, color] { ::pixman_fill(c.dst.data(), kWidth, 32, 0, 0, kWidth, kHeight, color); };
     };
 }
 
@@ -212,7 +212,8 @@ Op op(Fn reference, const char *name, const std::function<Prepare(Fn)> &call,
 }
 
 #define OP(fn, call, ...) \
-    op<decltype(&fn)>(fn, #fn, [=](decltype(&fn) f) { return call; }, __VA_ARGS__)
+    op<decltype(&fn)>(    \
+        fn, #fn, [=](decltype(&fn) f) { return call; }, __VA_ARGS__)
 
 std::vector<Op> ops() {
     const auto over = PIXMAN_OP_OVER, copy = PIXMAN_OP_SRC;
@@ -226,8 +227,8 @@ std::vector<Op> ops() {
            pixman(over, P::kHalfSolid, P::kNone, P::kXrgb), kAhead),
         OP(xc_blend_color_rgba_to_rgba, fill(f, kHalfColor), "OVER solid -> a8r8g8b8",
            pixman(over, P::kHalfSolid, P::kNone, P::kArgb), kAhead),
-        OP(xc_blend_pixels_rgba_to_rgb, draw(f, Src::kWithAlpha, false), "OVER a8r8g8b8 -> x8r8g8b8",
-           pixman(over, P::kArgb, P::kNone, P::kXrgb), kAhead),
+        OP(xc_blend_pixels_rgba_to_rgb, draw(f, Src::kWithAlpha, false),
+           "OVER a8r8g8b8 -> x8r8g8b8", pixman(over, P::kArgb, P::kNone, P::kXrgb), kAhead),
         OP(xc_blend_pixels_rgba_to_rgba, draw(f, Src::kWithAlpha, false),
            "OVER a8r8g8b8 -> a8r8g8b8", pixman(over, P::kArgb, P::kNone, P::kArgb), kAhead),
         OP(xc_copy_pixels_rgba_to_rgba, draw(f, Src::kWithAlpha, false), "pixman_blt 32 bpp",
@@ -296,8 +297,9 @@ std::string key(const char *who, const Op &op, Content c) {
 }
 
 void print_table(const std::vector<Op> &list, const std::map<std::string, double> &rates) {
-    std::printf("\n| primitive | ours | content | ours Mpx/s | pixman, at its best | pixman Mpx/s "
-                "| ours / pixman | target | reference Mpx/s | ours / reference |\n");
+    std::printf(
+        "\n| primitive | ours | content | ours Mpx/s | pixman, at its best | pixman Mpx/s "
+        "| ours / pixman | target | reference Mpx/s | ours / reference |\n");
     std::printf("|---|---|---|---:|---|---:|---:|---:|---:|---:|\n");
     for (const Op &op : list) {
         for (Content c : kContents) {
@@ -309,7 +311,8 @@ void print_table(const std::vector<Op> &list, const std::map<std::string, double
             std::printf("| %s | %s | %s | %s | %s | %s | %s | %.1f%s | %s | %s |\n", op.name + 3,
                         op.pick_name.c_str(), content_name(c), bench::cell(rates, ours).c_str(),
                         op.pixman_name, bench::cell(rates, theirs).c_str(), ratio.c_str(),
-                        op.target, met || ratio == "-" ? "" : " missed", bench::cell(rates, reference).c_str(),
+                        op.target, met || ratio == "-" ? "" : " missed",
+                        bench::cell(rates, reference).c_str(),
                         bench::ratio(rates, ours, reference).c_str());
         }
     }
@@ -325,9 +328,8 @@ int main(int argc, char **argv) {
 
     const std::vector<Op> list = ops();
     const auto add = [](const std::string &name, Content c, Prepare prepare) {
-        benchmark::RegisterBenchmark(name.c_str(), [c, prepare](benchmark::State &state) {
-            time_run(state, c, prepare);
-        });
+        benchmark::RegisterBenchmark(
+            name.c_str(), [c, prepare](benchmark::State &state) { time_run(state, c, prepare); });
     };
     for (const Op &op : list) {
         for (Content c : kContents) {

@@ -102,16 +102,16 @@ void BM_PixmanGlyphMasks(benchmark::State &state) {
     if (!lp) return;
     Line &l = *lp;
     std::vector<Mask> masks = masks_of_line(l);
-    pixman_image_t *dst = pixman_image_create_bits(PIXMAN_x8r8g8b8, kWidth, kHeight,
-                                                   reinterpret_cast<uint32_t *>(l.canvas->data),
-                                                   l.canvas->rowstride);
+    pixman_image_t *dst =
+        pixman_image_create_bits(PIXMAN_x8r8g8b8, kWidth, kHeight,
+                                 reinterpret_cast<uint32_t *>(l.canvas->data), l.canvas->rowstride);
     const pixman_color_t color{0xE0E0, 0xC0C0, 0x4040, 0xFFFF};
     pixman_image_t *solid = pixman_image_create_solid_fill(&color);
     for (auto _ : state) {
         for (const Mask &m : masks) {
             if (m.w == 0) continue;
-            pixman_image_composite32(PIXMAN_OP_OVER, solid, m.image, dst, 0, 0, 0, 0, m.x, m.y,
-                                     m.w, m.h);
+            pixman_image_composite32(PIXMAN_OP_OVER, solid, m.image, dst, 0, 0, 0, 0, m.x, m.y, m.w,
+                                     m.h);
         }
         benchmark::ClobberMemory();
     }

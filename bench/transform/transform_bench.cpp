@@ -47,7 +47,8 @@ const Case kCases[] = {
 // artwork: premultiplied, in runs of 1 to 32 transparent, opaque or
 // translucent pixels.
 xc_image *source(int w, int h, bool over = false) {
-    xc_image *image = over ? xc_image_new_from_data(w, h, nullptr, 32, 0, 0) : xc_image_create(w, h);
+    xc_image *image =
+        over ? xc_image_new_from_data(w, h, nullptr, 32, 0, 0) : xc_image_create(w, h);
     std::mt19937 rng(1);
     uint32_t run_left = 0, a = 255;
     auto *p = reinterpret_cast<uint32_t *>(image->data);
@@ -99,8 +100,8 @@ void theirs(benchmark::State &state, const Case &c) {
     pixman_image_set_filter(src, c.filter, nullptr, 0);
     pixman_image_set_repeat(src, PIXMAN_REPEAT_PAD);
     for (auto _ : state) {
-        pixman_image_composite32(c.over ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, src, nullptr, dst, 0, 0, 0,
-                                 0, 0, 0, kW, kH);
+        pixman_image_composite32(c.over ? PIXMAN_OP_OVER : PIXMAN_OP_SRC, src, nullptr, dst, 0, 0,
+                                 0, 0, 0, 0, kW, kH);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(int64_t(state.iterations()) * kW * kH);

@@ -31,7 +31,8 @@ using pixel_row = std::span<Pixel>;
 template <typename Pixel>
 class pixel_row {
 public:
-    constexpr pixel_row(Pixel *data, size_t size) noexcept : data_(data), size_(size) {}
+    constexpr pixel_row(Pixel *data, size_t size) noexcept
+        : data_(data), size_(size) {}
     constexpr Pixel *data() const noexcept { return data_; }
     constexpr size_t size() const noexcept { return size_; }
     constexpr bool empty() const noexcept { return size_ == 0; }
@@ -55,7 +56,9 @@ public:
     // returns).
     static image adopt(xc_image *raw) noexcept { return image(raw); }
     // Adds a reference of its own to an image someone else owns.
-    static image share(xc_image *raw) noexcept { return image(xc_image_ref(raw)); }
+    static image share(xc_image *raw) noexcept {
+        return image(xc_image_ref(raw));
+    }
 
     // An opaque canvas; empty when the pixels could not be allocated.
     static image create(int32_t width, int32_t height) noexcept {
@@ -68,7 +71,8 @@ public:
         return adopt(xc_image_new_from_file(std::string(path).c_str()));
     }
     // Decoded at once from bytes in memory; type null recognises the format.
-    static image from_memory(const void *bytes, size_t size, const char *type = nullptr) noexcept {
+    static image from_memory(const void *bytes, size_t size,
+                             const char *type = nullptr) noexcept {
         return adopt(xc_image_new_from_memory(bytes, size, type));
     }
 
@@ -82,7 +86,9 @@ public:
 
     void reset() noexcept { xc_image_unref(std::exchange(raw_, nullptr)); }
     // Hands the reference back to C code that will unref it.
-    [[nodiscard]] xc_image *release() noexcept { return std::exchange(raw_, nullptr); }
+    [[nodiscard]] xc_image *release() noexcept {
+        return std::exchange(raw_, nullptr);
+    }
 
     explicit operator bool() const noexcept { return raw_ != nullptr; }
     xc_image *get() const noexcept { return raw_; }
@@ -93,7 +99,9 @@ public:
     bool has_alpha() const noexcept { return raw_->has_alpha != 0; }
 
     // Decodes the pixels of a file image; true when they are there.
-    bool load() const noexcept { return xc_image_load_data(raw_) >= 0 && raw_->data; }
+    bool load() const noexcept {
+        return xc_image_load_data(raw_) >= 0 && raw_->data;
+    }
 
     // Row y of a 32-bit image as colour words.
     pixel_row<uint32_t> row(int32_t y) const noexcept {
@@ -120,7 +128,8 @@ private:
 class font {
 public:
     font() noexcept = default;
-    font(std::string_view path, int32_t size, int32_t bold_x = 0, int32_t bold_y = 0)
+    font(std::string_view path, int32_t size, int32_t bold_x = 0,
+         int32_t bold_y = 0)
         : raw_(xc_font_load(std::string(path).c_str(), size, bold_x, bold_y)) {}
     font(font &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
     font &operator=(font &&other) noexcept {
@@ -149,7 +158,8 @@ inline std::u16string widen(std::string_view utf8) {
     std::string copy(utf8);
     uint16_t *wide = xg_unicode_new_from_utf8(copy.c_str());
     std::u16string result;
-    for (const uint16_t *p = wide; p && *p; ++p) result.push_back(static_cast<char16_t>(*p));
+    for (const uint16_t *p = wide; p && *p; ++p)
+        result.push_back(static_cast<char16_t>(*p));
     std::free(wide);
     return result;
 }
@@ -162,7 +172,8 @@ inline const uint16_t *units(const std::u16string &text) noexcept {
 class damage {
 public:
     damage(int32_t width, int32_t height) : raw_(xc_dm_new(width, height)) {}
-    damage(damage &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
+    damage(damage &&other) noexcept
+        : raw_(std::exchange(other.raw_, nullptr)) {}
     damage &operator=(damage &&other) noexcept {
         if (this != &other) {
             if (raw_) xc_dm_free(raw_);
@@ -203,9 +214,10 @@ public:
     panel() noexcept = default;
 
     // Over the caller's frame buffer, which must outlive the panel.
-    static panel in_memory(void *pixels, int32_t width, int32_t height, int32_t stride, int depth,
-                           int rotation) noexcept {
-        return panel(xc_panel_new(pixels, width, height, stride, depth, rotation));
+    static panel in_memory(void *pixels, int32_t width, int32_t height,
+                           int32_t stride, int depth, int rotation) noexcept {
+        return panel(
+            xc_panel_new(pixels, width, height, stride, depth, rotation));
     }
     // A Linux frame-buffer device such as "/dev/fb0".
     static panel open_fbdev(std::string_view path, int rotation) {
@@ -214,7 +226,9 @@ public:
 
     panel(panel &&other) noexcept : raw_(std::exchange(other.raw_, nullptr)) {}
     panel &operator=(panel &&other) noexcept {
-        if (this != &other) xc_panel_free(std::exchange(raw_, std::exchange(other.raw_, nullptr)));
+        if (this != &other)
+            xc_panel_free(
+                std::exchange(raw_, std::exchange(other.raw_, nullptr)));
         return *this;
     }
     panel(const panel &) = delete;

@@ -37,16 +37,16 @@ typedef struct {
 struct xc_image_loader;
 
 typedef struct xc_image {
-    char *filename;          /* owned; the cache key of file images */
-    const char *type_name;   /* borrowed from the loader */
+    char *filename;        /* owned; the cache key of file images */
+    const char *type_name; /* borrowed from the loader */
     int32_t ref;
     uint8_t *data;
     int32_t width, height, rowstride;
     uint32_t format;
     struct xc_image_loader *loader;
     void *loader_data;
-    uint32_t has_alpha : 1, foreign_data : 1, no_cache : 1,
-             is_ani : 1, mapped : 1, depth : 8;
+    uint32_t has_alpha : 1, foreign_data : 1, no_cache : 1, is_ani : 1,
+        mapped : 1, depth : 8;
 } xc_image;
 
 /* What is known of a file without decoding it. */

@@ -32,7 +32,8 @@ FBC_API xg_list *xg_list_prepend(xg_list *list, void *data);
 /* An absent sibling appends. */
 FBC_API xg_list *xg_list_insert_after(xg_list *list, void *data, void *sibling);
 /* An absent sibling prepends; a NULL list or NULL sibling appends. */
-FBC_API xg_list *xg_list_insert_before(xg_list *list, void *data, void *sibling);
+FBC_API xg_list *xg_list_insert_before(xg_list *list, void *data,
+                                       void *sibling);
 FBC_API xg_list *xg_list_insert_after_item(xg_list *list, void *data,
                                            xg_list_item *item);
 FBC_API xg_list *xg_list_insert_before_item(xg_list *list, void *data,
@@ -42,8 +43,10 @@ FBC_API xg_list *xg_list_merge(xg_list *list1, xg_list *list2);
 
 /* Splitting at a data value that must be in the list (aborts otherwise).
  * Both return the front part and store the rest in *nlist. */
-FBC_API xg_list *xg_list_split_before(xg_list *list, void *data, xg_list **nlist);
-FBC_API xg_list *xg_list_split_after(xg_list *list, void *data, xg_list **nlist);
+FBC_API xg_list *xg_list_split_before(xg_list *list, void *data,
+                                      xg_list **nlist);
+FBC_API xg_list *xg_list_split_after(xg_list *list, void *data,
+                                     xg_list **nlist);
 
 /* Removing and freeing. */
 FBC_API xg_list *xg_list_remove_list(xg_list *list, xg_list_item *item);

@@ -29,16 +29,19 @@ typedef void (*xc_alpha_texture_func)(const uint8_t *cov, void *dst,
                                       int32_t count, const uint32_t *tex);
 /* Skips are pixels between the end of one row and the start of the next;
  * dither_x, dither_y give the phase of the 4x4 ordered dither. */
-typedef void (*xc_convert_func)(const void *src, void *dst,
-                                int32_t src_skip, int32_t dst_skip,
-                                int32_t width, int32_t height,
+typedef void (*xc_convert_func)(const void *src, void *dst, int32_t src_skip,
+                                int32_t dst_skip, int32_t width, int32_t height,
                                 int32_t dither_x, int32_t dither_y);
 
 /* Fill. */
-FBC_API void xc_blend_color_rgba_to_rgb(uint32_t color, void *dst, int32_t count);
-FBC_API void xc_blend_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);
-FBC_API void xc_copy_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);
-FBC_API void xc_copy_color_rgb_to_rgba(uint32_t color, void *dst, int32_t count);
+FBC_API void xc_blend_color_rgba_to_rgb(uint32_t color, void *dst,
+                                        int32_t count);
+FBC_API void xc_blend_color_rgba_to_rgba(uint32_t color, void *dst,
+                                         int32_t count);
+FBC_API void xc_copy_color_rgba_to_rgba(uint32_t color, void *dst,
+                                        int32_t count);
+FBC_API void xc_copy_color_rgb_to_rgba(uint32_t color, void *dst,
+                                       int32_t count);
 
 /* Draw. */
 FBC_API void xc_blend_pixels_rgba_to_rgb(const void *src, void *dst,
@@ -51,10 +54,10 @@ FBC_API void xc_copy_pixels_rgb_to_rgba(const void *src, void *dst,
                                         int32_t count, uint32_t color);
 FBC_API void xc_copy_pixels_rgba_to_16(const void *src, void *dst,
                                        int32_t count, uint32_t color);
-FBC_API void xc_copy_pixels_16_to_rgb(const void *src, void *dst,
-                                      int32_t count, uint32_t color);
-FBC_API void xc_copy_pixels_16_to_16(const void *src, void *dst,
-                                     int32_t count, uint32_t color);
+FBC_API void xc_copy_pixels_16_to_rgb(const void *src, void *dst, int32_t count,
+                                      uint32_t color);
+FBC_API void xc_copy_pixels_16_to_16(const void *src, void *dst, int32_t count,
+                                     uint32_t color);
 
 /* Coverage with a colour. */
 FBC_API void xc_blend_alpha_color_rgba_to_rgb(const uint8_t *cov, void *dst,
@@ -72,13 +75,17 @@ FBC_API void xc_blend_alpha_texture_rgba_to_rgba(const uint8_t *cov, void *dst,
 
 /* Source modulated by a colour. */
 FBC_API void xc_blend_pixels_mul_color_rgba_to_rgb(const void *src, void *dst,
-                                                   int32_t count, uint32_t color);
+                                                   int32_t count,
+                                                   uint32_t color);
 FBC_API void xc_blend_pixels_mul_color_rgba_to_rgba(const void *src, void *dst,
-                                                    int32_t count, uint32_t color);
+                                                    int32_t count,
+                                                    uint32_t color);
 FBC_API void xc_blend_pixels_mul_color_rgb_to_rgb(const void *src, void *dst,
-                                                  int32_t count, uint32_t color);
+                                                  int32_t count,
+                                                  uint32_t color);
 FBC_API void xc_blend_pixels_mul_color_rgb_to_rgba(const void *src, void *dst,
-                                                   int32_t count, uint32_t color);
+                                                   int32_t count,
+                                                   uint32_t color);
 
 /* Selection by the images' has_alpha and depth (and the fill colour's
  * alpha). xc_get_draw_func aborts for an opaque pair whose destination

@@ -72,7 +72,8 @@ FBC_API void xc_image_scale_down_y(const xc_image *src, xc_image *dst,
                                    const xg_area *clip, const xg_area *src_area,
                                    const xg_area *dst_area, uint32_t color);
 FBC_API void xc_image_scale_down_xy(const xc_image *src, xc_image *dst,
-                                    const xg_area *clip, const xg_area *src_area,
+                                    const xg_area *clip,
+                                    const xg_area *src_area,
                                     const xg_area *dst_area, uint32_t color);
 
 /* mode: "crop" (or NULL, or any unknown word), "matte", "matte-both",

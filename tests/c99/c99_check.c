@@ -7,13 +7,12 @@
 
 static int failures = 0;
 
-#define CHECK(cond)                                                   \
-    do {                                                              \
-        if (!(cond)) {                                                \
-            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__,    \
-                    __LINE__, #cond);                                 \
-            ++failures;                                               \
-        }                                                             \
+#define CHECK(cond)                                                                  \
+    do {                                                                             \
+        if (!(cond)) {                                                               \
+            fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
+            ++failures;                                                              \
+        }                                                                            \
     } while (0)
 
 static int ascending(const void *a, const void *b) {
@@ -62,8 +61,8 @@ int main(void) {
     CHECK(list == NULL);
 
     /* The loaded library reports the version the headers carry. */
-    sprintf(version, "%d.%d.%d", FBCOMPOSE_VERSION_MAJOR,
-            FBCOMPOSE_VERSION_MINOR, FBCOMPOSE_VERSION_PATCH);
+    sprintf(version, "%d.%d.%d", FBCOMPOSE_VERSION_MAJOR, FBCOMPOSE_VERSION_MINOR,
+            FBCOMPOSE_VERSION_PATCH);
     CHECK(strcmp(xc_version(), version) == 0);
 
     if (failures == 0) printf("c99 check: all passed\n");

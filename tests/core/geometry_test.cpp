@@ -28,7 +28,12 @@ TEST(Area, CrossClampsInPlaceAndIntersectCollapsesDisjointAreas) {
 // Ends beyond the int32 range are compared as they are, not wrapped; the
 // width of crossing rectangles always fits.
 TEST(Rect, CrossingAndIntersectionOfTouchingAndHugeRectangles) {
-    struct Case { xg_rect a, b; int cross; xg_rect out; int result; };
+    struct Case {
+        xg_rect a, b;
+        int cross;
+        xg_rect out;
+        int result;
+    };
     const Case cases[] = {
         {{0, 0, 10, 10}, {10, 0, 5, 5}, 1, {10, 0, 0, 5}, 5},
         {{0, 0, 10, 10}, {11, 0, 5, 5}, 0, {-1, -1, 0, 0}, 0},

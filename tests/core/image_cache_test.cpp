@@ -53,7 +53,7 @@ TEST(ImageCache, LoweringTheLimitEvictsTheLeastRecentlyReleasedUntilWithinIt) {
     xc_set_image_cache_size(2000);
     release("abc");
     release("d", 5);
-    EXPECT_EQ(cached("a"), "a");  // revived and released again: now the newest
+    EXPECT_EQ(cached("a"), "a");   // revived and released again: now the newest
     xc_set_image_cache_size(500);  // 1300: evicts b and c, leaving exactly 500
     xc_set_image_cache_size(500);  // the same limit again starts no eviction
     EXPECT_EQ(cached("abcd"), "ad");

@@ -34,7 +34,11 @@ uint32_t caller[16] = {0x01020304u, 0x05060708u};
 enum Pixels { kNone, kOwn, kCopy, kCallers };
 
 TEST(Image, ConstructorsDecideTheRecordAndWhereItsPixelsAre) {
-    struct Case { xc_image *image; Shape expected; Pixels pixels; };
+    struct Case {
+        xc_image *image;
+        Shape expected;
+        Pixels pixels;
+    };
     const Case cases[] = {
         // The depth argument is stored as given: depth 1 means alpha and stays 1.
         {xc_image_new_from_data(4, 4, caller, 16, 0, 1), {8, 3, 16, 0, 1, 1}, kCallers},

@@ -16,7 +16,11 @@ constexpr xg_area kEverywhere{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
 constexpr const char *kNothing = "........ ........ ........ ........ ........ ........";
 
 TEST(LineDraw, TouchesExactlyThesePixels) {
-    struct Case { int32_t x0, y0, x1, y1; xg_area clip; const char *expected; };
+    struct Case {
+        int32_t x0, y0, x1, y1;
+        xg_area clip;
+        const char *expected;
+    };
     const Case cases[] = {
         // Straight lines omit their far end, whichever way they run.
         {1, 2, 5, 2, kWhole, "........ ........ .####... ........ ........ ........"},
@@ -96,7 +100,13 @@ TEST(LineDraw, JumpingToTheClipChangesNoPixel) {
 }
 
 TEST(LineDraw, BlendsTheColourIntoThePixel) {
-    struct Case { bool alpha; int before; uint32_t colour; int32_t x1, y1; uint32_t expected; };
+    struct Case {
+        bool alpha;
+        int before;
+        uint32_t colour;
+        int32_t x1, y1;
+        uint32_t expected;
+    };
     const Case cases[] = {
         // Alpha 128 over zero: straight lines land the colour bytes as given,
         // sloped ones premultiplied (c x 128 >> 8).
@@ -140,18 +150,32 @@ test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y
 }
 
 TEST(PolygonDraw, EvenOddFillWithTopRowInAndBottomRowOut) {
-    struct Case { Points points; xg_area clip; int32_t x_offset, y_offset; std::string top_rows; };
+    struct Case {
+        Points points;
+        xg_area clip;
+        int32_t x_offset, y_offset;
+        std::string top_rows;
+    };
     const Case cases[] = {
         {kTriangle, kAll, 0, 0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
         // Point order does not matter.
-        {{{0, 8}, {8, 0}, {0, 0}}, kAll, 0, 0,
+        {{{0, 8}, {8, 0}, {0, 0}},
+         kAll,
+         0,
+         0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
-        {{{0, 0}, {8, 8}, {8, 0}, {0, 8}}, kAll, 0, 0,
+        {{{0, 0}, {8, 8}, {8, 0}, {0, 8}},
+         kAll,
+         0,
+         0,
          ".......... #......#.. ##....##.. ###..###.. ########.. ###..###.. ##....##.. #......#.."},
         // Back along a path through an inner square: crossed twice, a hole.
-        {{{1, 1}, {7, 1}, {7, 7}, {1, 7}, {1, 1}, {3, 3}, {3, 5}, {5, 5}, {5, 3}, {3, 3}}, kAll, 0,
-         0, ".......... .######... .######... .##..##... .##..##... .######... .######..."},
+        {{{1, 1}, {7, 1}, {7, 7}, {1, 7}, {1, 1}, {3, 3}, {3, 5}, {5, 5}, {5, 3}, {3, 3}},
+         kAll,
+         0,
+         0,
+         ".......... .######... .######... .##..##... .##..##... .######... .######..."},
         // Edges sloping more than a pixel per line cover their whole run.
         {{{0, 0}, {9, 0}, {0, 4}}, kAll, 0, 0, "#########. #######... ####...... ##........"},
         // The x offset is 14.18 fixed point, the y offset whole pixels.
@@ -160,10 +184,16 @@ TEST(PolygonDraw, EvenOddFillWithTopRowInAndBottomRowOut) {
         {kTriangle, kAll, 0, 1,
          ".......... ########.. #######... ######.... #####..... "
          "####...... ###....... ##........ #........."},
-        {kTriangle, {2, 2, 6, 6}, 0, 0,
+        {kTriangle,
+         {2, 2, 6, 6},
+         0,
+         0,
          ".......... .......... ..####.... ..###..... ..##...... ..#......."},
         // A clip beyond the image is held to it.
-        {{{-20, -20}, {30, -20}, {30, 30}, {-20, 30}}, {-50, -50, 50, 50}, 0, 0,
+        {{{-20, -20}, {30, -20}, {30, 30}, {-20, 30}},
+         {-50, -50, 50, 50},
+         0,
+         0,
          "########## ########## ########## ########## ########## "
          "########## ########## ########## ########## ##########"},
         // No points, horizontal edges only, an empty clip.
@@ -212,7 +242,9 @@ TEST(PolygonDraw, ScanlinesAboveTheClipAreSkippedWithoutChangingARow) {
     // A vertex at the far top: only the clip's rows are visited, and they
     // are those of the same edges starting just above the image (edges this
     // long and steep run straight down; the second pair draws nothing).
-    const struct { Points far, near; } cases[] = {
+    const struct {
+        Points far, near;
+    } cases[] = {
         {{{3, INT32_MIN}, {12, INT32_MIN}, {12, 19}}, {{3, -5}, {12, -5}, {12, 19}, {3, 19}}},
         {{{0, -100000000}, {40, 19}, {0, 19}}, {}},
     };
@@ -224,7 +256,12 @@ TEST(PolygonDraw, ScanlinesAboveTheClipAreSkippedWithoutChangingARow) {
 }
 
 TEST(RectangleDraw, ClipsTheCallersAreaInPlaceAndFillsIt) {
-    struct Case { xg_area clip, area; uint32_t colour; xg_area clipped; const char *expected; };
+    struct Case {
+        xg_area clip, area;
+        uint32_t colour;
+        xg_area clipped;
+        const char *expected;
+    };
     const char *nothing = "...... ...... ...... ......";
     const Case cases[] = {
         {{1, 1, 5, 3}, {-3, 2, 3, 10}, 0xFFFFFFFF, {1, 2, 3, 3}, "...... ...... .##... ......"},
@@ -233,7 +270,10 @@ TEST(RectangleDraw, ClipsTheCallersAreaInPlaceAndFillsIt) {
         {{0, 0, 2, 2}, {-5, -5, 10, 10}, 0x00FFFFFF, {-5, -5, 10, 10}, nothing},
         // Corners anywhere in the int32 range.
         {{0, 0, 6, 4}, {1, 1, INT32_MIN, INT32_MIN}, ~0u, {1, 1, INT32_MIN, INT32_MIN}, nothing},
-        {{1, 1, 5, 3}, {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}, ~0u, {1, 1, 5, 3},
+        {{1, 1, 5, 3},
+         {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX},
+         ~0u,
+         {1, 1, 5, 3},
          "...... .####. .####. ......"},
     };
     for (const Case &c : cases) {

@@ -16,7 +16,9 @@ struct CorpusRow {
     int32_t width, height, frames;
 };
 
-std::string corpus_path(const std::string &relative) { return std::string(FBC_CORPUS_DIR) + "/" + relative; }
+std::string corpus_path(const std::string &relative) {
+    return std::string(FBC_CORPUS_DIR) + "/" + relative;
+}
 
 std::vector<CorpusRow> manifest() {
     std::vector<CorpusRow> rows;
@@ -29,7 +31,8 @@ std::vector<CorpusRow> manifest() {
         std::stringstream fields(line);
         for (std::string field; std::getline(fields, field, '\t');) f.push_back(field);
         if (f.size() < 10) continue;
-        rows.push_back({f[0], f[1], f[5], f[6], f[9] == "-" ? "" : f[9], number(f[2]), number(f[3]), number(f[4])});
+        rows.push_back({f[0], f[1], f[5], f[6], f[9] == "-" ? "" : f[9], number(f[2]), number(f[3]),
+                        number(f[4])});
     }
     return rows;
 }
@@ -56,15 +59,18 @@ void expect_pixels(const xc_image *image, const std::vector<uint32_t> &expected,
     ASSERT_EQ(got.size(), expected.size());
     size_t differing = 0, first = 0;
     for (size_t i = 0; i < got.size(); ++i)
-        if (!fbc_test::channels_within(got[i], expected[i], tolerance) && differing++ == 0) first = i;
+        if (!fbc_test::channels_within(got[i], expected[i], tolerance) && differing++ == 0)
+            first = i;
     EXPECT_EQ(differing, 0u) << "first at (" << first % image->width << ", " << first / image->width
                              << "): got " << std::hex << got[first] << ", want " << expected[first];
 }
 
 // PNG marks alpha exactly for an alpha channel (tRNS adds alpha bytes but
 // stays marked opaque); the others must mark images holding non-opaque pixels.
-void expect_alpha_flags(const xc_image *image, const CorpusRow &row, const std::vector<uint32_t> &expected) {
-    bool marked = std::any_of(expected.begin(), expected.end(), [](uint32_t w) { return w >> 24 != 255; });
+void expect_alpha_flags(const xc_image *image, const CorpusRow &row,
+                        const std::vector<uint32_t> &expected) {
+    bool marked =
+        std::any_of(expected.begin(), expected.end(), [](uint32_t w) { return w >> 24 != 255; });
     if (row.format == "png") marked = row.has_alpha == "alpha";
     else if (!marked) return;
     EXPECT_EQ(fbc_test::alpha_marks(image), fbc_test::alpha_marks(marked));
@@ -93,7 +99,8 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
         EXPECT_EQ(loaded, row.format == "jpeg" ? 1 : row.has_alpha == "alpha" ? 4 : 0);
         ASSERT_NE(image->data, nullptr);
         EXPECT_EQ(image->depth, row.format == "png" && row.has_alpha != "alpha" ? 24u : 32u);
-        EXPECT_TRUE(row.width < 0 || std::tie(image->width, image->height) == std::tie(row.width, row.height));
+        EXPECT_TRUE(row.width < 0 ||
+                    std::tie(image->width, image->height) == std::tie(row.width, row.height));
         if (!row.reference.empty()) {
             const auto expected = reference_words(row, row.reference);
             // 16-bit and bit-field BMPs widen narrow channels within 1 of the reference.
@@ -107,13 +114,15 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
     // Published frames, composited by another decoder: frame N after N calls
     // of next_frame, then frame 0 again.
     const std::string frames = "ref/" + row.path + ".frame";
-    for (int n = 0; std::filesystem::exists(corpus_path(frames + "0.rgba")) && n <= row.frames; ++n) {
+    for (int n = 0; std::filesystem::exists(corpus_path(frames + "0.rgba")) && n <= row.frames;
+         ++n) {
         SCOPED_TRACE(n);
         ASSERT_TRUE(image && image->data);
         int32_t delay = 20, x, y, w, h;
         EXPECT_EQ(n == 0 ? 0 : xc_image_next_frame(image, &delay, &x, &y, &w, &h), n % row.frames);
         EXPECT_GE(delay, 20);
-        expect_pixels(image, reference_words(row, frames + std::to_string(n % row.frames) + ".rgba"), 0);
+        expect_pixels(image,
+                      reference_words(row, frames + std::to_string(n % row.frames) + ".rgba"), 0);
     }
     if (image) xc_image_unref(image);
 }
@@ -131,7 +140,8 @@ TEST_P(CorpusFile, DecodesFromMemoryAsFromDisk) {
     const std::vector<uint8_t> bytes = fbc_test::file_bytes(corpus_path(row.path));
     xc_image *by_type = xc_image_new_from_memory(bytes.data(), bytes.size(), row.format.c_str());
     const bool intact = row.expected == "decode" && !row.path.starts_with("bad/");
-    xc_image *by_magic = intact ? xc_image_new_from_memory(bytes.data(), bytes.size(), nullptr) : nullptr;
+    xc_image *by_magic =
+        intact ? xc_image_new_from_memory(bytes.data(), bytes.size(), nullptr) : nullptr;
     testing::internal::GetCapturedStderr();
     testing::internal::GetCapturedStdout();
     const bool decoded = file && file->data;
@@ -149,10 +159,13 @@ TEST_P(CorpusFile, DecodesFromMemoryAsFromDisk) {
     if (file) xc_image_unref(file);
 }
 
-INSTANTIATE_TEST_SUITE_P(Manifest, CorpusFile, testing::ValuesIn(manifest()), [](const auto &param) {
-    std::string name = param.param.path;  // letters and digits only
-    std::replace_if(name.begin(), name.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Manifest, CorpusFile, testing::ValuesIn(manifest()),
+                         [](const auto &param) {
+                             std::string name = param.param.path;  // letters and digits only
+                             std::replace_if(
+                                 name.begin(), name.end(),
+                                 [](unsigned char c) { return !std::isalnum(c); }, '_');
+                             return name;
+                         });
 
 }  // namespace

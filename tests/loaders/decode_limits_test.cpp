@@ -18,7 +18,8 @@ void keep(const char *text, int, void *) { logged += text; }
 
 // A corpus file with bytes replaced at `at`, then padded with zeros (or
 // cut) to `size` bytes when given.
-std::vector<uint8_t> patched(const std::string &file, size_t at, const std::vector<uint8_t> &bytes, size_t size = 0) {
+std::vector<uint8_t> patched(const std::string &file, size_t at, const std::vector<uint8_t> &bytes,
+                             size_t size = 0) {
     std::vector<uint8_t> out = fbc_test::file_bytes(std::string(FBC_CORPUS_DIR) + "/" + file);
     std::copy(bytes.begin(), bytes.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
     if (size) out.resize(size);
@@ -27,7 +28,8 @@ std::vector<uint8_t> patched(const std::string &file, size_t at, const std::vect
 
 // basn0g08.png as width x height, its header's CRC made right again.
 std::vector<uint8_t> png_sized(uint8_t w_hi, uint8_t h_hi) {
-    std::vector<uint8_t> out = patched("png/pngsuite/basn0g08.png", 16, {0, 0, w_hi, 0, 0, 0, h_hi, 0});
+    std::vector<uint8_t> out =
+        patched("png/pngsuite/basn0g08.png", 16, {0, 0, w_hi, 0, 0, 0, h_hi, 0});
     const uLong crc = crc32(0, out.data() + 12, 17);
     for (int i = 0; i < 4; ++i) out[29 + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
     return out;
@@ -47,7 +49,8 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     std::vector<jpeg_scan_info> script(static_cast<size_t>(scans));
     for (int i = 0; i < scans; ++i) {
         const int k = i < 64 ? i : i - 63;
-        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0}, k, k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
+        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0},   k,
+                                          k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
     }
     jpeg_compress_struct cinfo;
     jpeg_error_mgr errors;
@@ -64,7 +67,8 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     jpeg_start_compress(&cinfo, TRUE);
     JSAMPLE grey[64];
     for (int i = 0; i < 64; ++i) grey[i] = static_cast<JSAMPLE>(i * 4);
-    for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8) jpeg_write_scanlines(&cinfo, &row, 1);
+    for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8)
+        jpeg_write_scanlines(&cinfo, &row, 1);
     jpeg_finish_compress(&cinfo);
     jpeg_destroy_compress(&cinfo);
     std::fclose(out);
@@ -104,8 +108,9 @@ TEST_F(DecodeLimits, EveryCodecRefusesImagesAboveTheLimitNamingTheFileAndBothSiz
         SCOPED_TRACE(file);
         const std::string name = std::string(FBC_CORPUS_DIR) + "/" + file;
         const int64_t pixels = int64_t{width} * height;
-        const std::string refusal = "file(" + name + ") is " + std::to_string(width) + "x" + std::to_string(height) +
-                                    ", " + std::to_string(pixels) + " pixels, above the decode limit of " +
+        const std::string refusal = "file(" + name + ") is " + std::to_string(width) + "x" +
+                                    std::to_string(height) + ", " + std::to_string(pixels) +
+                                    " pixels, above the decode limit of " +
                                     std::to_string(pixels - 1) + " pixels\n";
         xc_image_set_decode_limit(pixels);
         xc_image *image = xc_image_new_from_file(name.c_str());
@@ -134,7 +139,8 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
         std::vector<uint8_t> bytes;
         const char *refusal;  // null: loads
     } rows[] = {
-        {"a.png", png_sized(0x10, 0x10), "png: file(%) declares 4096x4096 pixels, more than its 138 bytes"},
+        {"a.png", png_sized(0x10, 0x10),
+         "png: file(%) declares 4096x4096 pixels, more than its 138 bytes"},
         {"b.jpg", patched("jpeg/wuffs/peacock.default.jpeg", 163, {0x10, 0, 0x10, 0}),
          "jpeg: file(%) declares 4096x4096 pixels, more than its 2305 bytes"},
         {"c.gif", patched("gif/giflib/treescap.gif", 6, {0, 0x10, 0, 0x10}),
@@ -143,14 +149,18 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
         // bytes describe 2048 x 1024, 100 bytes only what needs no proportion.
         {"d.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 8, 0, 0, 0, 4}, 1062 + 8191),
          "bmp: file(%) declares 2048x1024 pixels, more than its 8191 bytes"},
-        {"e.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 8, 0, 0, 0, 4}, 1062 + 8192), nullptr},
-        {"f.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 4, 0, 0, 0, 4}, 1062 + 100), nullptr},
+        {"e.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 8, 0, 0, 0, 4}, 1062 + 8192),
+         nullptr},
+        {"f.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {0, 4, 0, 0, 0, 4}, 1062 + 100),
+         nullptr},
         {"g.bmp", patched("bmp/bmpsuite/g/pal8rle.bmp", 18, {1, 4, 0, 0, 0, 4}, 1062 + 100),
          "bmp: file(%) declares 1025x1024 pixels, more than its 100 bytes"},
         // A WBMP must hold an eighth of its rows.
-        {"h.wbmp", wbmp_2048x1024(32767), "wbmp: file(%) declares 2048x1024 pixels, more than its 32767 bytes"},
+        {"h.wbmp", wbmp_2048x1024(32767),
+         "wbmp: file(%) declares 2048x1024 pixels, more than its 32767 bytes"},
         {"i.wbmp", wbmp_2048x1024(32768), nullptr},
-        {"j.wbmp", wbmp_2048x1024(0), "wbmp: file(%) declares 2048x1024 pixels, more than its 0 bytes"},
+        {"j.wbmp", wbmp_2048x1024(0),
+         "wbmp: file(%) declares 2048x1024 pixels, more than its 0 bytes"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
@@ -162,7 +172,8 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
         if (row.refusal) {
             std::string refusal = row.refusal;
             refusal.replace(refusal.find('%'), 1, name);
-            EXPECT_EQ(std::make_pair(loaded, image->data), std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
+            EXPECT_EQ(std::make_pair(loaded, image->data),
+                      std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
             EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
         } else {
             EXPECT_EQ(loaded, 0) << logged;
@@ -180,7 +191,9 @@ TEST_F(DecodeLimits, JpegFilesOfMoreThanAHundredScansAreRefused) {
         ASSERT_NE(image, nullptr);
         logged.clear();
         EXPECT_EQ(xc_image_load_data(image), scans <= 100 ? 1 : -1);
-        EXPECT_EQ(logged.find("jpeg: file(" + name + ") has more than 100 scans\n") != std::string::npos, scans > 100)
+        EXPECT_EQ(
+            logged.find("jpeg: file(" + name + ") has more than 100 scans\n") != std::string::npos,
+            scans > 100)
             << logged;
         xc_image_unref(image);
     }

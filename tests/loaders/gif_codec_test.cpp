@@ -13,7 +13,8 @@ struct GifFrame {
     int disposal, delay_cs, transparent = NO_TRANSPARENT_COLOR;
 };
 
-void write_gif(const std::string &file, int width, int height, const std::vector<GifFrame> &frames) {
+void write_gif(const std::string &file, int width, int height,
+               const std::vector<GifFrame> &frames) {
     int error = 0;
     GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);
     ASSERT_NE(gif, nullptr);
@@ -28,7 +29,8 @@ void write_gif(const std::string &file, int width, int height, const std::vector
         EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, ext);
         EGifPutImageDesc(gif, f.left, f.top, f.width, f.height, false, nullptr);
         std::vector<GifPixelType> indices;
-        for (char c : f.indices) indices.push_back(static_cast<GifPixelType>(std::string("KRGB").find(c)));
+        for (char c : f.indices)
+            indices.push_back(static_cast<GifPixelType>(std::string("KRGB").find(c)));
         for (int y = 0; y < f.height; ++y) EGifPutLine(gif, indices.data() + y * f.width, f.width);
     }
     EGifCloseFile(gif, &error);
@@ -40,7 +42,8 @@ std::string screen(const xc_image *image) {
     std::string text;
     for (int32_t y = 0; y < image->height; ++y, text += ' ')
         for (int32_t x = 0; x < image->width; ++x)
-            text += ".KRGB?"[std::find(words.begin(), words.end(), fbc_test::pixel(image, x, y)) - words.begin()];
+            text += ".KRGB?"[std::find(words.begin(), words.end(), fbc_test::pixel(image, x, y)) -
+                             words.begin()];
     text.pop_back();
     return text;
 }
@@ -65,8 +68,9 @@ TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
     const std::tuple<int, int, int, int, int, int, std::string> steps[] = {
         {1, 100, 1, 1, 2, 2, "RRRR RGGR RGGR RRRR"},
         {2, 50, 0, 0, 3, 3, "BRRR R..R R..R RRRR"},
-        {3, 20, 0, 0, 4, 4, "RRRR R..R R..R RRRG"},   // index 0 is transparent here
-        {0, 100, 0, 0, 4, 4, "RRRR RRRR RRRR RRRR"},  // past the last frame: again on a clear screen
+        {3, 20, 0, 0, 4, 4, "RRRR R..R R..R RRRG"},  // index 0 is transparent here
+        {0, 100, 0, 0, 4, 4,
+         "RRRR RRRR RRRR RRRR"},  // past the last frame: again on a clear screen
         {1, 100, 1, 1, 2, 2, "RRRR RGGR RGGR RRRR"}};
     for (const auto &step : steps) {
         int32_t delay = 0, x = -1, y = -1, w = -1, h = -1;

@@ -39,7 +39,8 @@ TEST_F(ImageArchive, StoredPngLoadsExactlyAsThePlainFile) {
     xc_image *reference = xc_image_new_from_file(plain.c_str());
     testing::internal::GetCapturedStdout();
     ASSERT_TRUE(stored && reference);
-    EXPECT_EQ(std::make_pair(xc_image_load_data(stored), xc_image_load_data(reference)), std::make_pair(4, 4));
+    EXPECT_EQ(std::make_pair(xc_image_load_data(stored), xc_image_load_data(reference)),
+              std::make_pair(4, 4));
     EXPECT_EQ(fbc_test::pixels(stored), fbc_test::pixels(reference));
     xc_image_unref(stored);
     xc_image_unref(reference);
@@ -61,13 +62,15 @@ TEST_F(ImageArchive, DirectoryIsReadOnceWithItsMessages) {
 }
 
 TEST_F(ImageArchive, LaterNameWinsOffsetZeroIsNeverFoundAndACutIndexKeepsItsEntries) {
-    std::vector<uint8_t> bytes = archive({{"zero.png", {9}}, {"twice.png", {1}}, {"twice.png", {2}}, {"cut.png", {}}});
+    std::vector<uint8_t> bytes =
+        archive({{"zero.png", {9}}, {"twice.png", {1}}, {"twice.png", {2}}, {"cut.png", {}}});
     std::fill_n(bytes.begin() + 12, 4, 0);    // the first entry's offset
     std::fill_n(bytes.begin() + 8, 3, 0xFF);  // a count far beyond the entries
     bytes.resize(bytes.size() - 6);           // cut inside the last name
     write("img.ar", bytes);
     testing::internal::CaptureStdout();
-    const auto zero = lookup(path("zero.png")), twice = lookup(path("twice.png")), cut = lookup(path("cut.png"));
+    const auto zero = lookup(path("zero.png")), twice = lookup(path("twice.png")),
+               cut = lookup(path("cut.png"));
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(zero, std::make_pair(std::string(), 0));
     EXPECT_EQ(twice, std::make_pair(path("img.ar"), 12 + 4 * 8 + 8 + 9 + 9 + 7 + 2));
@@ -75,7 +78,8 @@ TEST_F(ImageArchive, LaterNameWinsOffsetZeroIsNeverFoundAndACutIndexKeepsItsEntr
 }
 
 TEST_F(ImageArchive, DirectoriesWithoutUsableArchiveFailQuietlyAfterTheFirstLookup) {
-    const std::tuple<std::string, std::vector<uint8_t>, std::string> rows[] = {  // no content: no archive
+    const std::tuple<std::string, std::vector<uint8_t>, std::string> rows[] = {
+        // no content: no archive
         {"none", {}, " has not img.ar\n"},
         {"wrong", archive({{"a.png", {1}}}, "IMGARCH1"), "\nnot our archive"}};
     for (const auto &[name, content, tail] : rows) {
@@ -85,7 +89,8 @@ TEST_F(ImageArchive, DirectoriesWithoutUsableArchiveFailQuietlyAfterTheFirstLook
         testing::internal::CaptureStdout();
         EXPECT_EQ(lookup(folder + "a.png").first, "");
         EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                  "add dir = " + folder + "\n" + (content.empty() ? "this dir " : "dir = ") + folder + tail);
+                  "add dir = " + folder + "\n" + (content.empty() ? "this dir " : "dir = ") +
+                      folder + tail);
         testing::internal::CaptureStdout();
         EXPECT_EQ(lookup(folder + "a.png"), std::make_pair(std::string(), 0));
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "");

@@ -16,14 +16,18 @@ TEST(LoaderModuleRegistry, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
     EXPECT_EQ(xc_image_new_from_file("warm.none"), nullptr);
     const std::string out = testing::internal::GetCapturedStdout();
     // Each failure line ends with dlerror()'s text, which varies by system.
-    EXPECT_TRUE(out.starts_with("loading dyn image loader:" + list + "\nloader = " + missing + "\nmodule(" +
-                                missing + ") open failed:")) << out;
-    EXPECT_NE(out.find("\nloader = " + no_record + "\nsymbol('image_loader') loading failed in " + no_record + ":"),
-              std::string::npos) << out;
+    EXPECT_TRUE(out.starts_with("loading dyn image loader:" + list + "\nloader = " + missing +
+                                "\nmodule(" + missing + ") open failed:"))
+        << out;
+    EXPECT_NE(out.find("\nloader = " + no_record + "\nsymbol('image_loader') loading failed in " +
+                       no_record + ":"),
+              std::string::npos)
+        << out;
     EXPECT_TRUE(out.ends_with(std::string("\nloader = ") + FBC_TEST_LOADER_MODULE +
                               "\nloaders[0] ext = mod\nloaders[1] ext = jpg\nloaders[2] ext = png\n"
                               "loaders[3] ext = bmp\nloaders[4] ext = wbmp\nloaders[5] ext = gif\n"
-                              "file(warm.none) load failed: unsupported suffix none\n")) << out;
+                              "file(warm.none) load failed: unsupported suffix none\n"))
+        << out;
     // The environment is read once: a later change has no effect.
     unsetenv("CANVAS_IMAGE_LOADER");
     xc_image *image = xc_image_new_from_file("image.mod");

@@ -23,7 +23,8 @@ namespace fbc_test {
 class ScratchDir : public testing::Test {
 protected:
     void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "fbc-loaders-XXXXXX").string();
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "fbc-loaders-XXXXXX").string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         dir_ = pattern;
         xc_image_init();
@@ -34,7 +35,8 @@ protected:
 
     std::string write(const std::string &name, const std::vector<uint8_t> &bytes) const {
         std::ofstream(path(name), std::ios::binary)
-            .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+            .write(reinterpret_cast<const char *>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
         return path(name);
     }
 
@@ -47,7 +49,8 @@ inline std::vector<uint8_t> file_bytes(const std::string &file) {
 }
 
 inline uint32_t pixel(const xc_image *image, int32_t x, int32_t y) {
-    return reinterpret_cast<const uint32_t *>(image->data + static_cast<size_t>(y) * image->rowstride)[x];
+    return reinterpret_cast<const uint32_t *>(image->data +
+                                              static_cast<size_t>(y) * image->rowstride)[x];
 }
 
 // Every pixel, rows top first: whole images compare in one assertion.
@@ -59,13 +62,18 @@ inline std::vector<uint32_t> pixels(const xc_image *image) {
 }
 
 // The alpha marks (format, has_alpha): 0, 1 for premultiplied alpha; 1, 0 when opaque.
-inline std::pair<uint32_t, uint32_t> alpha_marks(const xc_image *image) { return {image->format, image->has_alpha}; }
-inline std::pair<uint32_t, uint32_t> alpha_marks(bool alpha) { return {alpha ? 0u : 1u, alpha ? 1u : 0u}; }
+inline std::pair<uint32_t, uint32_t> alpha_marks(const xc_image *image) {
+    return {image->format, image->has_alpha};
+}
+inline std::pair<uint32_t, uint32_t> alpha_marks(bool alpha) {
+    return {alpha ? 0u : 1u, alpha ? 1u : 0u};
+}
 
 // Whether each byte of two colour words differs by at most `tolerance`.
 inline bool channels_within(uint32_t got, uint32_t want, int tolerance) {
     for (int shift = 0; shift < 32; shift += 8)
-        if (std::abs(static_cast<int>((got >> shift) & 0xFF) - static_cast<int>((want >> shift) & 0xFF)) > tolerance)
+        if (std::abs(static_cast<int>((got >> shift) & 0xFF) -
+                     static_cast<int>((want >> shift) & 0xFF)) > tolerance)
             return false;
     return true;
 }

@@ -19,15 +19,18 @@ struct Capture {
 struct Layout {
     int depth, rotation;
 };
-constexpr Layout kLayouts[] = {{16, 0}, {16, 90}, {16, 270}, {18, 0}, {18, 90},
-                               {18, 270}, {32, 0}, {32, 90}, {32, 270}};
+constexpr Layout kLayouts[] = {{16, 0},   {16, 90}, {16, 270}, {18, 0},  {18, 90},
+                               {18, 270}, {32, 0},  {32, 90},  {32, 270}};
 
 // A panel buffer with two pixels of padding per row, filled with a pattern
 // that no conversion writes, so stray writes and gaps both show.
 struct Frame {
     Frame(Layout l, int32_t cw, int32_t ch)
-        : bytes(l.depth == 16 ? 2 : 4), width(l.rotation ? ch : cw), height(l.rotation ? cw : ch),
-          stride((width + 2) * bytes), data(static_cast<size_t>(stride * height), 0xA5) {}
+        : bytes(l.depth == 16 ? 2 : 4),
+          width(l.rotation ? ch : cw),
+          height(l.rotation ? cw : ch),
+          stride((width + 2) * bytes),
+          data(static_cast<size_t>(stride * height), 0xA5) {}
     int32_t bytes, width, height, stride;
     std::vector<uint8_t> data;
 };
@@ -62,7 +65,8 @@ TEST(Panel, PiecesGiveTheBytesOfOneWholeConversion) {
             for (xg_rect &r : rects) list = xg_list_append(list, &r);
             EXPECT_EQ(xc_panel_update(panel, canvas.get(), list), int(rects.size()) - 1);
             xg_list_free(list);
-            ASSERT_EQ(pieces.data, whole.data) << l.depth << "/" << l.rotation << " round " << round;
+            ASSERT_EQ(pieces.data, whole.data)
+                << l.depth << "/" << l.rotation << " round " << round;
         }
         std::fill(pieces.data.begin(), pieces.data.end(), 0xA5);
         EXPECT_EQ(xc_panel_update(panel, canvas.get(), nullptr), 1);
@@ -83,14 +87,15 @@ TEST(Panel, RefusesUnusableArgumentsNamingThem) {
         const char *named;
     };
     const Row rows[] = {
-        {nullptr, 4, 4, 16, 32, 0, "pixels"},   {pixels, 0, 4, 16, 32, 0, "width"},
-        {pixels, 4, -1, 16, 32, 0, "height"},   {pixels, 4, 4, 15, 32, 0, "stride"},
-        {pixels, 4, 4, 9, 16, 0, "stride"},     {pixels, 4, 4, 16, 24, 0, "depth"},
+        {nullptr, 4, 4, 16, 32, 0, "pixels"},    {pixels, 0, 4, 16, 32, 0, "width"},
+        {pixels, 4, -1, 16, 32, 0, "height"},    {pixels, 4, 4, 15, 32, 0, "stride"},
+        {pixels, 4, 4, 9, 16, 0, "stride"},      {pixels, 4, 4, 16, 24, 0, "depth"},
         {pixels, 4, 4, 16, 32, 180, "rotation"},
     };
     for (const Row &r : rows) {
         Capture log;
-        EXPECT_EQ(xc_panel_new(r.pixels, r.width, r.height, r.stride, r.depth, r.rotation), nullptr);
+        EXPECT_EQ(xc_panel_new(r.pixels, r.width, r.height, r.stride, r.depth, r.rotation),
+                  nullptr);
         EXPECT_EQ(log.text.rfind(std::string("xc_panel_new: bad ") + r.named, 0), 0u) << log.text;
     }
     xc_panel *panel = xc_panel_new(pixels, 8, 4, 32, 32, 90);  // shows a 4 x 8 canvas
@@ -109,9 +114,10 @@ TEST(Panel, FrameBufferDeviceIsRefusedClearlyOrDriven) {
         Capture log;
         EXPECT_EQ(xc_panel_open_fbdev("/nonexistent/fb0", 0), nullptr);
         EXPECT_EQ(xc_panel_open_fbdev("/dev/null", 0), nullptr);
-        EXPECT_EQ(log.text,
-                  "xc_panel_open_fbdev: cannot drive '/nonexistent/fb0': No such file or directory\n"
-                  "xc_panel_open_fbdev: cannot drive '/dev/null': not a frame-buffer device\n");
+        EXPECT_EQ(
+            log.text,
+            "xc_panel_open_fbdev: cannot drive '/nonexistent/fb0': No such file or directory\n"
+            "xc_panel_open_fbdev: cannot drive '/dev/null': not a frame-buffer device\n");
     }
     xc_panel *panel = xc_panel_open_fbdev("/dev/fb0", 0);
     if (!panel) GTEST_SKIP() << "no frame-buffer device this test can drive";

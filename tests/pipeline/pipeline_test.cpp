@@ -126,8 +126,8 @@ protected:
     void text(xc_image *dst, xc_font *font) {
         static const uint16_t kText[] = {'F', 'b', ' ', 'g', 0x4E2D, 'W', 0xE9, 0x6587, 'y', 0};
         const xg_area clip = clip_within(dst);
-        const xc_paint paint{rng.color(), rng.below(3) ? nullptr : icon.get(),
-                             rng.between(-20, 40), rng.between(-20, 30)};
+        const xc_paint paint{rng.color(), rng.below(3) ? nullptr : icon.get(), rng.between(-20, 40),
+                             rng.between(-20, 30)};
         const xg_point pen{rng.between(-10, dst->width - 10), rng.between(0, dst->height + 10)};
         xc_font_draw(dst, &clip, font, pen.x, pen.y, kText, rng.between(-1, 9), paint);
     }

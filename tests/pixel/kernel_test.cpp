@@ -24,7 +24,10 @@ using namespace model;
 using enum DstAlpha;
 
 // One pixel's inputs: the source is a colour, texture or RGB565 word; t is the dither threshold.
-struct In { uint32_t color = 0, src = 0, cov = 0; int t = 0; };
+struct In {
+    uint32_t color = 0, src = 0, cov = 0;
+    int t = 0;
+};
 
 // What a kernel does to one pixel over destination `d`, and the shape of its runs.
 struct Model {
@@ -33,8 +36,11 @@ struct Model {
     int src_bits = 32, dst_bits = 32, rotation = 0;
 };
 
-#define MODEL(f, value, ...) \
-    {#f, [](const In &in, [[maybe_unused]] uint32_t d) -> uint32_t { return value; }, __VA_ARGS__}
+#define MODEL(f, value, ...)                                                                      \
+    {                                                                                             \
+#f, [](const In &in, [[maybe_unused]] uint32_t d) -> uint32_t { return value; },          \
+                                                                                      __VA_ARGS__ \
+    }
 
 const Model kModels[] = {
     MODEL(xc_blend_color_rgba_to_rgb, fill_blend(in.color, d, kKept)),
@@ -70,20 +76,23 @@ const Model kModels[] = {
 };
 
 // A kernel's kind is its signature.
-using Function = std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func,
-                              xc_convert_func>;
+using Function =
+    std::variant<xc_fill_func, xc_draw_func, xc_alpha_func, xc_alpha_texture_func, xc_convert_func>;
 
 // The two 16-bit converters are not in the tables: they take row lengths,
 // and as xc_convert_func they take skips.
 template <class Out, void (*F)(const uint16_t *, Out *, int32_t, int32_t, int32_t, int32_t)>
-void by_skips(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t w,
-              int32_t h, int32_t, int32_t) {
+void by_skips(const void *src, void *dst, int32_t src_skip, int32_t dst_skip, int32_t w, int32_t h,
+              int32_t, int32_t) {
     F(static_cast<const uint16_t *>(src), static_cast<Out *>(dst), w + src_skip, w + dst_skip, w,
       h);
 }
 
 // A reference or a variant, by name.
-struct Candidate { std::string name; Function run; };
+struct Candidate {
+    std::string name;
+    Function run;
+};
 
 // One kernel: its family, its model, and every version of it this CPU runs.
 struct Case {
@@ -97,8 +106,11 @@ struct Case {
 Case make_case(std::string_view family, std::string_view name, Function reference) {
     const auto *m = std::find_if(std::begin(kModels), std::end(kModels),
                                  [&](const Model &r) { return r.name == name; });
-    return {std::string(family), std::string(name), m == std::end(kModels) ? Model{} : *m,
-            {{"reference", reference}}, {}};
+    return {std::string(family),
+            std::string(name),
+            m == std::end(kModels) ? Model{} : *m,
+            {{"reference", reference}},
+            {}};
 }
 
 // Every row of every family, then the two converters outside the tables.
@@ -109,10 +121,8 @@ std::vector<Case> all_cases() {
             Case &k = out.emplace_back(make_case(family.name, kernel.name, kernel.reference));
             for (const auto &v : kernel.variants) {
                 if (!v.run) continue;
-                if (fbc::px::cpu_has(v.isa))
-                    k.candidates.push_back({v.name, v.run});
-                else
-                    k.not_run.push_back(std::string(v.name) + ", " + fbc::px::isa_name(v.isa));
+                if (fbc::px::cpu_has(v.isa)) k.candidates.push_back({v.name, v.run});
+                else k.not_run.push_back(std::string(v.name) + ", " + fbc::px::isa_name(v.isa));
             }
         }
     });
@@ -134,14 +144,16 @@ template <class T>
 struct Aligned {
     using value_type = T;
     Aligned() = default;
-    template <class U> Aligned(const Aligned<U> &) {}
+    template <class U>
+    Aligned(const Aligned<U> &) {}
     T *allocate(size_t n) {
-        return static_cast<T *>(::operator new(n * sizeof(T), std::align_val_t{32}));
+        return static_cast<T *>(::operator new (n * sizeof(T), std::align_val_t{32}));
     }
-    void deallocate(T *p, size_t) { ::operator delete(p, std::align_val_t{32}); }
+    void deallocate(T *p, size_t) { ::operator delete (p, std::align_val_t{32}); }
     bool operator==(const Aligned &) const = default;
 };
-template <class T> using Buffer = std::vector<T, Aligned<T>>;
+template <class T>
+using Buffer = std::vector<T, Aligned<T>>;
 
 // Alpha is 0, 1, 128, 254 or 255 half of the time; channels may be premultiplied by it.
 uint32_t random_word(std::mt19937 &rng, bool premultiplied = false) {
@@ -171,8 +183,8 @@ template <class T>
 testing::AssertionResult same_pixels(const Buffer<T> &want, const Buffer<T> &got) {
     const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin(), got.end());
     if (w == want.end() && g == got.end()) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "pixel " << w - want.begin() << ": want " << hex(*w)
-                                       << ", got " << hex(*g);
+    return testing::AssertionFailure()
+           << "pixel " << w - want.begin() << ": want " << hex(*w) << ", got " << hex(*g);
 }
 
 // A source rectangle and its row skips; a span is one row of `width` pixels.
@@ -183,7 +195,11 @@ struct Shape {
 };
 
 // One call: sources read from `at`, the destination written from `lead`.
-struct Call { size_t at = 0, lead = 0; uint32_t color = 0; int dx = 0, dy = 0; };
+struct Call {
+    size_t at = 0, lead = 0;
+    uint32_t color = 0;
+    int dx = 0, dy = 0;
+};
 
 void call(const Function &f, const Shape &s, const Call &c, const void *src, const uint8_t *cov,
           void *dst) {
@@ -381,9 +397,9 @@ TEST(Relations, TwoPartsWithShiftedPhaseEqualOnePass) {
     const int w = 13, h = 9, src_skip = 2, dst_skip = 1, stride = w + src_skip;
     std::mt19937 rng(5);
     const auto src = random_words(rng, size_t(h * stride));
-    for (const char *name : {"xc_convert_rgba_to_16", "xc_convert_rgba_to_16_90",
-                             "xc_convert_rgba_to_16_270", "xc_convert_rgba_to_18",
-                             "xc_convert_rgba_to_18_90", "xc_convert_rgba_to_18_270"}) {
+    for (const char *name :
+         {"xc_convert_rgba_to_16", "xc_convert_rgba_to_16_90", "xc_convert_rgba_to_16_270",
+          "xc_convert_rgba_to_18", "xc_convert_rgba_to_18_90", "xc_convert_rgba_to_18_270"}) {
         const Case &k = kernel(name);
         const int rotation = k.model.rotation, out_w = rotation ? h : w, out_h = rotation ? w : h;
         for (const Candidate &candidate : k.candidates) {

@@ -97,7 +97,9 @@ inline uint32_t panel_pixel(uint32_t word, int depth, int t) {
     return word;
 }
 
-struct Point { int x, y; };
+struct Point {
+    int x, y;
+};
 
 // The source pixel that output pixel (i, j) shows, for a width x height source.
 inline Point source_of(int i, int j, int width, int height, int rotation) {

@@ -40,7 +40,8 @@ TEST(ScaleRows, TheReferenceIsTheSixteenSixteenEquation) {
                 const WordTap tap{0, 1, f};
                 fbc::px::lerp_rows(&top, &bottom, &rows, 1, f);
                 fbc::px::lerp_words(row.data(), &tap, &words, 1);
-                ASSERT_EQ((std::array{rows, words}), (std::array{want, want})) << c << " " << n << " " << f;
+                ASSERT_EQ((std::array{rows, words}), (std::array{want, want}))
+                    << c << " " << n << " " << f;
             }
 }
 
@@ -55,7 +56,8 @@ TEST(ScaleRows, EveryVariantEqualsTheReference) {
             std::vector<WordTap> taps;
             for (int32_t i = 0; i < n; ++i) {
                 const int32_t at = rng.below(int32_t(row.size()) - 1);
-                taps.push_back({at, at + rng.below(2), uint32_t(rng.below(2) ? rng.below(65536) : f)});
+                taps.push_back(
+                    {at, at + rng.below(2), uint32_t(rng.below(2) ? rng.below(65536) : f)});
             }
             Words want(size_t(n) + 1, 7), got;
             fbc::px::kLerpRows.reference(top.data(), bottom.data(), want.data(), n, f);

@@ -27,7 +27,10 @@ xc_image record(bool has_alpha, uint32_t depth) {
 
 // Colour alpha 254 counts as opaque.
 TEST(Select, FillByColourAlphaAndDestination) {
-    const struct { uint32_t color; xc_fill_func onto_opaque, onto_alpha; } rows[] = {
+    const struct {
+        uint32_t color;
+        xc_fill_func onto_opaque, onto_alpha;
+    } rows[] = {
         {0xFF102030, picked(xc_copy_color_rgba_to_rgba), picked(xc_copy_color_rgb_to_rgba)},
         {0xFE102030, picked(xc_copy_color_rgba_to_rgba), picked(xc_copy_color_rgb_to_rgba)},
         {0xFD102030, picked(xc_blend_color_rgba_to_rgb), picked(xc_blend_color_rgba_to_rgba)},
@@ -41,7 +44,10 @@ TEST(Select, FillByColourAlphaAndDestination) {
 
 // Alpha on either side decides before depth; otherwise only depth 16 counts as 16-bit.
 TEST(Select, DrawByAlphaThenDepth) {
-    const struct { xc_image src, dst; xc_draw_func want; } rows[] = {
+    const struct {
+        xc_image src, dst;
+        xc_draw_func want;
+    } rows[] = {
         {record(true, 32), record(true, 32), picked(xc_blend_pixels_rgba_to_rgba)},
         {record(true, 32), record(false, 16), picked(xc_blend_pixels_rgba_to_rgb)},
         {record(false, 16), record(true, 3), picked(xc_copy_pixels_rgb_to_rgba)},
@@ -81,21 +87,36 @@ TEST(SelectDeathTest, OpaqueOntoDepthBelow16Aborts) {
     const xc_image src = record(false, 24);
     for (uint32_t depth : {0u, 15u}) {
         const xc_image dst = record(false, depth);
-        EXPECT_DEATH({ dup2(STDERR_FILENO, STDOUT_FILENO); xc_get_draw_func(&src, &dst); },
-                     "dst depth = " + std::to_string(depth) +
-                         "\n.*draw_func:[0-9]+: xc_get_draw_func: Assertion `0' failed");
+        EXPECT_DEATH(
+            {
+                dup2(STDERR_FILENO, STDOUT_FILENO);
+                xc_get_draw_func(&src, &dst);
+            },
+            "dst depth = " + std::to_string(depth) +
+                "\n.*draw_func:[0-9]+: xc_get_draw_func: Assertion `0' failed");
     }
 }
 
 // The first two arguments take no part; a refusal names the depth, even for a bad rotation.
 TEST(Select, ConvertByDepthAndRotation) {
-    const struct { int depth, rotation; xc_convert_func want; } rows[] = {
-        {16, 0, picked(xc_convert_rgba_to_16)}, {16, 90, picked(xc_convert_rgba_to_16_90)},
-        {16, 270, picked(xc_convert_rgba_to_16_270)}, {18, 0, picked(xc_convert_rgba_to_18)},
-        {18, 90, picked(xc_convert_rgba_to_18_90)}, {18, 270, picked(xc_convert_rgba_to_18_270)},
-        {32, 0, picked(xc_convert_rgba_to_32)}, {32, 90, picked(xc_convert_rgba_to_32_90)},
-        {32, 270, picked(xc_convert_rgba_to_32_270)}, {24, 0, nullptr}, {16, 180, nullptr},
-        {32, -90, nullptr}, {0, 0, nullptr}, {18, 360, nullptr},
+    const struct {
+        int depth, rotation;
+        xc_convert_func want;
+    } rows[] = {
+        {16, 0, picked(xc_convert_rgba_to_16)},
+        {16, 90, picked(xc_convert_rgba_to_16_90)},
+        {16, 270, picked(xc_convert_rgba_to_16_270)},
+        {18, 0, picked(xc_convert_rgba_to_18)},
+        {18, 90, picked(xc_convert_rgba_to_18_90)},
+        {18, 270, picked(xc_convert_rgba_to_18_270)},
+        {32, 0, picked(xc_convert_rgba_to_32)},
+        {32, 90, picked(xc_convert_rgba_to_32_90)},
+        {32, 270, picked(xc_convert_rgba_to_32_270)},
+        {24, 0, nullptr},
+        {16, 180, nullptr},
+        {32, -90, nullptr},
+        {0, 0, nullptr},
+        {18, 360, nullptr},
     };
     const std::string refusal = "****fatal**** xc_get_convert_func: failed depth = ";
     for (const auto &r : rows) {

@@ -18,8 +18,9 @@ using Fill = uint32_t (*)(int32_t x, int32_t y);
 struct Canvas {
     Pixels pixels;
     xc_image *image;
-    explicit Canvas(bool alpha = false, int32_t w = kWidth, int32_t h = kHeight,
-                    Fill fill = [](int32_t x, int32_t) { return 0xFF203040 + x; })
+    explicit Canvas(
+        bool alpha = false, int32_t w = kWidth, int32_t h = kHeight,
+        Fill fill = [](int32_t x, int32_t) { return 0xFF203040 + x; })
         : pixels(size_t(w * h)),
           image(xc_image_new_with_data(w, h, pixels.data(), alpha ? 0 : 1, 0, 1, 0)) {
         for (int32_t i = 0; i < w * h; ++i) pixels[size_t(i)] = fill(i % w, i / w);
@@ -58,8 +59,7 @@ Pixels reference_draw(const Call &c, const std::vector<ReferenceGlyph> &glyphs) 
                 const uint8_t cov = g.at(int32_t(px - gx), int32_t(py - gy));
                 uint32_t *dst = &canvas.pixels[size_t(py * kWidth + px)];
                 const int32_t tx = int32_t(px - c.paint.x), ty = int32_t(py - c.paint.y);
-                if (!t)
-                    xc_get_alpha_func(canvas.image)(&cov, dst, 1, color);
+                if (!t) xc_get_alpha_func(canvas.image)(&cov, dst, 1, color);
                 else if (tx >= 0 && ty >= 0 && tx < t->width && ty < t->height)
                     xc_get_alpha_texture_func(canvas.image)(
                         &cov, dst, 1, static_cast<const uint32_t *>(xc_image_pointer(t, tx, ty)));
@@ -91,8 +91,11 @@ protected:
 TEST_F(Draw, GlyphsLandWhereFreeTypePlacesThemClippedAtEveryEdge) {
     const xc_paint faint{0x80FF2000, nullptr, 0, 0};
     const Call calls[] = {
-        {.paint = {0xFFC08040, nullptr, 0, 0}}, {.paint = faint}, {.paint = faint, .alpha = true},
-        {.count = 2}, {.count = 0},
+        {.paint = {0xFFC08040, nullptr, 0, 0}},
+        {.paint = faint},
+        {.paint = faint, .alpha = true},
+        {.count = 2},
+        {.count = 0},
         {.clip = {9, 0, kWidth, kHeight}},   // left edge through a glyph
         {.clip = {0, 0, 40, kHeight}},       // right edge through a glyph
         {.clip = {0, 15, kWidth, kHeight}},  // top edge

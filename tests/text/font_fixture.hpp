@@ -28,7 +28,10 @@ inline constexpr const char *kCjk = "/usr/share/fonts/truetype/wqy/wqy-microhei.
 inline constexpr uint16_t kZhong = 0x4E2D, kWen = 0x6587;
 
 // A wide string as the library takes it.
-inline Text terminated(Text text) { text.push_back(0); return text; }
+inline Text terminated(Text text) {
+    text.push_back(0);
+    return text;
+}
 
 // A placed glyph: bearings, size, 26.6 advance and packed coverage rows.
 struct ReferenceGlyph {
@@ -68,7 +71,10 @@ struct ReferenceFace {
         FT_Select_Charmap(face, FT_ENCODING_UNICODE);
         EXPECT_EQ(FT_Set_Char_Size(face, 0, size * 64, 75, 75), 0);
     }
-    ~ReferenceFace() { FT_Done_Face(face); FT_Done_FreeType(lib); }
+    ~ReferenceFace() {
+        FT_Done_Face(face);
+        FT_Done_FreeType(lib);
+    }
     ReferenceGlyph glyph_by_index(FT_UInt index) const {
         EXPECT_EQ(FT_Load_Glyph(face, index, FT_LOAD_RENDER | FT_LOAD_NO_AUTOHINT), 0);
         const FT_GlyphSlot s = face->glyph;
@@ -107,7 +113,10 @@ protected:
 // DejaVu Sans at 16 points, and FreeType's own face of it.
 class Sans16 : public FontTest {
 protected:
-    void SetUp() override { FontTest::SetUp(); font = load(kSans, 16); }
+    void SetUp() override {
+        FontTest::SetUp();
+        font = load(kSans, 16);
+    }
     xc_font *font = nullptr;
     ReferenceFace ref{kSans, 16};
 };

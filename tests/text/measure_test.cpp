@@ -30,11 +30,19 @@ protected:
 
 TEST_F(Measure, AdvanceAndSizeSumTheFirstCountCharacters) {
     const Text wave{'W', 'a', 'v', 'e', ' ', 'j', 0xE9};
-    const struct { Text text; int32_t count; Text measured; } cases[] = {
-        {wave, -1, wave}, {wave, 100, wave}, {wave, 0, {}}, {wave, 3, {'W', 'a', 'v'}},
+    const struct {
+        Text text;
+        int32_t count;
+        Text measured;
+    } cases[] = {
+        {wave, -1, wave},
+        {wave, 100, wave},
+        {wave, 0, {}},
+        {wave, 3, {'W', 'a', 'v'}},
         {{}, -1, {}},
         // The byte order mark is not measured, the ideographic space is a space.
-        {{'a', 0xFEFF, 'b'}, -1, {'a', 'b'}}, {{'a', 0x3000, 'b'}, -1, {'a', ' ', 'b'}},
+        {{'a', 0xFEFF, 'b'}, -1, {'a', 'b'}},
+        {{'a', 0x3000, 'b'}, -1, {'a', ' ', 'b'}},
     };
     for (const auto &c : cases) {
         int32_t width = -1, height = -1;
@@ -52,12 +60,22 @@ TEST_F(Measure, HitTestOnCharacterBoundariesAndCaretBoxesAgree) {
     const int32_t m = ref.advance({'m'}), mi = ref.advance({'m', 'i'});
     const int32_t all = ref.advance({'m', 'i', 'W'}), top = -ref.ascent(), bottom = ref.descent();
     // A point on a boundary belongs to the character on its left.
-    const struct { int32_t px, py, index; Box box; } cases[] = {
-        {0, 0, 0, box({}, 'm')}, {m, 0, 0, box({}, 'm')}, {m + 1, 0, 2, box({'m'}, 'i')},
-        {mi, 0, 2, box({'m'}, 'i')}, {mi + 1, 0, 3, box({'m', 'i'}, 'W')},
-        {all, 0, 3, box({'m', 'i'}, 'W')}, {all + 1, 0, -1, kNone}, {-1, 0, -1, kNone},
-        {1, top, 0, box({}, 'm')}, {1, bottom, 0, box({}, 'm')},
-        {1, top - 1, -1, kNone}, {1, bottom + 1, -1, kNone},
+    const struct {
+        int32_t px, py, index;
+        Box box;
+    } cases[] = {
+        {0, 0, 0, box({}, 'm')},
+        {m, 0, 0, box({}, 'm')},
+        {m + 1, 0, 2, box({'m'}, 'i')},
+        {mi, 0, 2, box({'m'}, 'i')},
+        {mi + 1, 0, 3, box({'m', 'i'}, 'W')},
+        {all, 0, 3, box({'m', 'i'}, 'W')},
+        {all + 1, 0, -1, kNone},
+        {-1, 0, -1, kNone},
+        {1, top, 0, box({}, 'm')},
+        {1, bottom, 0, box({}, 'm')},
+        {1, top - 1, -1, kNone},
+        {1, bottom + 1, -1, kNone},
     };
     for (const auto &c : cases) {
         Box b = kNone;

@@ -16,7 +16,12 @@ Text take(uint16_t *str) {
 
 // One step through UTF-8: the character decoded, and the byte position
 // before and after.
-struct Step { const char *bytes; int32_t from; uint32_t ch; int32_t to; };
+struct Step {
+    const char *bytes;
+    int32_t from;
+    uint32_t ch;
+    int32_t to;
+};
 
 void expect_steps(uint32_t (*step)(const char *, int32_t *), const std::vector<Step> &rows) {
     for (const Step &s : rows) {
@@ -28,42 +33,82 @@ void expect_steps(uint32_t (*step)(const char *, int32_t *), const std::vector<S
 }
 
 TEST(Utf8, GetNextDecodesEachLengthAndRefusesBrokenSequences) {
-    expect_steps(xg_utf8_get_next, {
-        {"A", 0, 'A', 1}, {"", 0, 0, 0}, {"\xC3\xA9", 0, 0xE9, 2}, {"\xC3" "A", 0, 0, 0},
-        {"\xC3", 0, 0, 0}, {"\xE2\x82\xAC", 0, 0x20AC, 3}, {"\xE2\x82" "A", 0, 0, 0},
-        {"\xEF\xBF\xBF", 0, 0xFFFF, 3}, {"\xF0\x9F\x98", 0, 0, 0},
-        // Four-byte leads keep four value bits, so 0xF8 adds bit 21.
-        {"\xF0\x9F\x98\x80", 0, 0x1F600, 4}, {"\xF8\x80\x80\x80", 0, 0x200000, 4},
-        // A stray continuation byte in lead position opens four bytes.
-        {"\x80\x81\x82\x83", 0, 0x1083, 4}, {"\x80" "A", 0, 0, 0},
-        // Decoding starts at the position, and the end leaves it there.
-        {"a\xC3\xA9" "b", 1, 0xE9, 3}, {"a\xC3\xA9" "b", 3, 'b', 4}, {"ab", 2, 0, 2},
-    });
+    expect_steps(xg_utf8_get_next,
+                 {
+                     {"A", 0, 'A', 1},
+                     {"", 0, 0, 0},
+                     {"\xC3\xA9", 0, 0xE9, 2},
+                     {"\xC3"
+                      "A",
+                      0, 0, 0},
+                     {"\xC3", 0, 0, 0},
+                     {"\xE2\x82\xAC", 0, 0x20AC, 3},
+                     {"\xE2\x82"
+                      "A",
+                      0, 0, 0},
+                     {"\xEF\xBF\xBF", 0, 0xFFFF, 3},
+                     {"\xF0\x9F\x98", 0, 0, 0},
+                     // Four-byte leads keep four value bits, so 0xF8 adds bit 21.
+                     {"\xF0\x9F\x98\x80", 0, 0x1F600, 4},
+                     {"\xF8\x80\x80\x80", 0, 0x200000, 4},
+                     // A stray continuation byte in lead position opens four bytes.
+                     {"\x80\x81\x82\x83", 0, 0x1083, 4},
+                     {"\x80"
+                      "A",
+                      0, 0, 0},
+                     // Decoding starts at the position, and the end leaves it there.
+                     {"a\xC3\xA9"
+                      "b",
+                      1, 0xE9, 3},
+                     {"a\xC3\xA9"
+                      "b",
+                      3, 'b', 4},
+                     {"ab", 2, 0, 2},
+                 });
 }
 
 TEST(Utf8, GetPrevStepsBackToThePreviousLead) {
-    expect_steps(xg_utf8_get_prev, {
-        {"ab", 1, 'b', 0}, {"ab", 0, 'a', -1}, {"ab", -1, 0, -1},
-        {"a\xC3\xA9" "b", 3, 'b', 1}, {"\xC3\xA9\xC3\xA9", 2, 0xE9, 0},
-        // The terminator decodes as 0 and the step still happens.
-        {"ab", 2, 0, 1}, {"a\xE2\x82\xAC", 4, 0, 1},
-        // After a high byte at byte 0, or only continuation bytes, it stays.
-        {"\xC3" "b", 1, 'b', 1}, {"\xA9\xA9" "b", 2, 'b', 2},
-        // An invalid sequence at the position: nothing moves.
-        {"a\xC3" "b", 1, 0, 1},
-    });
+    expect_steps(xg_utf8_get_prev,
+                 {
+                     {"ab", 1, 'b', 0},
+                     {"ab", 0, 'a', -1},
+                     {"ab", -1, 0, -1},
+                     {"a\xC3\xA9"
+                      "b",
+                      3, 'b', 1},
+                     {"\xC3\xA9\xC3\xA9", 2, 0xE9, 0},
+                     // The terminator decodes as 0 and the step still happens.
+                     {"ab", 2, 0, 1},
+                     {"a\xE2\x82\xAC", 4, 0, 1},
+                     // After a high byte at byte 0, or only continuation bytes, it stays.
+                     {"\xC3"
+                      "b",
+                      1, 'b', 1},
+                     {"\xA9\xA9"
+                      "b",
+                      2, 'b', 2},
+                     // An invalid sequence at the position: nothing moves.
+                     {"a\xC3"
+                      "b",
+                      1, 0, 1},
+                 });
 }
 
 TEST(Utf8, LastStartAndLengthCountOnlyWholeCharactersWithinTheLimit) {
-    const char *s = "a\xC3\xA9\xE2\x82\xAC" "b";  // a, e-acute, euro sign, b
+    const char *s =
+        "a\xC3\xA9\xE2\x82\xAC"
+        "b";  // a, e-acute, euro sign, b
     const int32_t last[] = {0, 0, 0, 1, 1, 3, 3, 6}, count[] = {0, 1, 1, 2, 2, 2, 3, 4};
     for (int32_t n = 0; n < 8; ++n)
         EXPECT_EQ(std::pair(xg_utf8_get_last(s, n), xg_utf8_len_full(s, n)),
-                  std::pair(last[n], count[n])) << n;
+                  std::pair(last[n], count[n]))
+            << n;
     EXPECT_EQ(xg_utf8_get_last("\xA9\xA9", 2), 0);
     EXPECT_EQ(xg_utf8_get_last("ab", -3), 0);
     // Counting stops at the first invalid sequence.
-    EXPECT_EQ(std::pair(xg_utf8_len_full(s, -1), xg_utf8_len("ab\xC3" "cd")), std::pair(4, 2));
+    EXPECT_EQ(std::pair(xg_utf8_len_full(s, -1), xg_utf8_len("ab\xC3"
+                                                             "cd")),
+              std::pair(4, 2));
 }
 
 TEST(Unicode, DecodingKeepsTheLow16BitsAndStopsAtAnInvalidSequence) {
@@ -72,7 +117,10 @@ TEST(Unicode, DecodingKeepsTheLow16BitsAndStopsAtAnInvalidSequence) {
     EXPECT_EQ(xg_unicode_decode_utf8(dest, "x\xE2\x82\xAC\xF0\x9F\x98\x80"), 3);
     EXPECT_EQ(Text(dest, dest + 4), (Text{'x', 0x20AC, 0xF600, 0xAAAA}));
     EXPECT_EQ(xg_unicode_decode_utf8(dest, ""), 0);
-    EXPECT_EQ(take(xg_unicode_new_from_utf8("h\xC3\xA9" "a\xE2\x82" "cd")), (Text{'h', 0xE9, 'a'}));
+    EXPECT_EQ(take(xg_unicode_new_from_utf8("h\xC3\xA9"
+                                            "a\xE2\x82"
+                                            "cd")),
+              (Text{'h', 0xE9, 'a'}));
     EXPECT_EQ(take(xg_unicode_new_from_utf8("")), Text{});
 }
 
@@ -121,10 +169,16 @@ TEST(Unicode, DupNdupAndConcatMakeNewStrings) {
 }
 
 TEST(Unicode, CompareSubtractsTheFirstDifferingUnitsAndLatinTestsTheLow16Bits) {
-    const struct { Text a, b; int expected; } cases[] = {
-        {{'a', 'b'}, {'a', 'b'}, 0}, {{'a', 'b'}, {'a', 'c'}, -1},
-        {{'a', 'b', 'c'}, {'a', 'b'}, 'c'}, {{'a'}, {'a', 'z'}, -'z'},
-        {{0xFFFF}, {1}, 0xFFFE}, {{}, {}, 0},
+    const struct {
+        Text a, b;
+        int expected;
+    } cases[] = {
+        {{'a', 'b'}, {'a', 'b'}, 0},
+        {{'a', 'b'}, {'a', 'c'}, -1},
+        {{'a', 'b', 'c'}, {'a', 'b'}, 'c'},
+        {{'a'}, {'a', 'z'}, -'z'},
+        {{0xFFFF}, {1}, 0xFFFE},
+        {{}, {}, 0},
     };
     for (const auto &c : cases)
         EXPECT_EQ(xg_unicode_cmp(terminated(c.a).data(), terminated(c.b).data()), c.expected);

@@ -12,15 +12,18 @@ using namespace test;
 using Corners = std::array<int32_t, 4>;
 
 TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
-    struct Case { xg_area src, dst, clip; Corners src_to, dst_to, clip_to; int result; };
+    struct Case {
+        xg_area src, dst, clip;
+        Corners src_to, dst_to, clip_to;
+        int result;
+    };
     const xg_area big{0, 0, 99, 99};
     const Case cases[] = {
         // Left overhang at 2:1, top overhang at 1:2.
         {{-8, 0, 10, 10}, {0, 0, 36, 20}, big, {0, 0, 10, 10}, {16, 0, 36, 20}, {16, 0, 36, 20}, 1},
         {{0, -4, 10, 6}, {0, 0, 10, 5}, big, {0, 0, 10, 6}, {0, 2, 10, 5}, {0, 2, 10, 5}, 1},
         // Right and bottom overhang of the 16 x 12 source.
-        {{10, 10, 30, 30}, {0, 0, 40, 40}, big, {10, 10, 16, 12}, {0, 0, 12, 4}, {0, 0, 12, 4},
-         1},
+        {{10, 10, 30, 30}, {0, 0, 40, 40}, big, {10, 10, 16, 12}, {0, 0, 12, 4}, {0, 0, 12, 4}, 1},
         // The factor is truncated: 4 / 3 moves the edge by one pixel, not two.
         {{-1, 0, 2, 1}, {0, 0, 4, 1}, big, {0, 0, 2, 1}, {1, 0, 4, 1}, {1, 0, 4, 1}, 1},
         // The clip is crossed with the destination; missing it returns 0.
@@ -37,7 +40,9 @@ TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
 }
 
 TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
-    struct Case { uint32_t pixel, modulation, expected; };
+    struct Case {
+        uint32_t pixel, modulation, expected;
+    };
     const Case cases[] = {
         {0xFF102030, kWhite, 0xFF102030},
         // Un-premultiplied by 256 / alpha, clamped at 255; alpha 0 draws nothing.
@@ -96,29 +101,60 @@ TEST(Blit, NothingForEmptyRectanglesMissingPixelsOrAMissedClip) {
 
 TEST(Blit, DrawsTheClippedPartWithTheDrawerForTheSizes) {
     constexpr uint32_t g100 = 0xFF646464, g200 = 0xFFC8C8C8;
-    struct Case { Words src; int32_t w; xg_rect s, d; xg_area clip; Words want; uint32_t mod; };
+    struct Case {
+        Words src;
+        int32_t w;
+        xg_rect s, d;
+        xg_area clip;
+        Words want;
+        uint32_t mod;
+    };
     const Case cases[] = {
         // No scale: the clipped part lands at the right offset.
-        {{1, 2, 3, 4, 5, 6}, 3, {0, 0, 3, 2}, {1, 1, 3, 2}, {2, 1, 4, 3},
-         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6}, kWhite},
+        {{1, 2, 3, 4, 5, 6},
+         3,
+         {0, 0, 3, 2},
+         {1, 1, 3, 2},
+         {2, 1, 4, 3},
+         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6},
+         kWhite},
         // Modulated by the modulating span function: red 128 x 255 >> 8 =
         // 127, times alpha 127 >> 8 = 63; the canvas keeps alpha 0.
-        {{0xFF808080, 0xFF808080}, 2, {0, 0, 2, 1}, {0, 0, 2, 1}, {0, 0, 2, 1},
-         {0x3F0000, 0x3F0000}, 0x80FF0000},
+        {{0xFF808080, 0xFF808080},
+         2,
+         {0, 0, 2, 1},
+         {0, 0, 2, 1},
+         {0, 0, 2, 1},
+         {0x3F0000, 0x3F0000},
+         0x80FF0000},
         // One column interpolated down at step 0.5, each row filled; the
         // opaque source's alpha byte is kept from the previous working pixel.
-        {{0xFF000000, g200}, 1, {0, 0, 1, 2}, {0, 0, 2, 3}, {0, 0, 2, 3},
-         {0xFF000000, 0xFF000000, g100, g100, g200, g200}, kWhite},
+        {{0xFF000000, g200},
+         1,
+         {0, 0, 1, 2},
+         {0, 0, 2, 3},
+         {0, 0, 2, 3},
+         {0xFF000000, 0xFF000000, g100, g100, g200, g200},
+         kWhite},
         // Equal heights copy each source row.
         {{1, 2, 3}, 1, {0, 0, 1, 3}, {0, 0, 2, 3}, {0, 1, 2, 3}, {0, 0, 2, 2, 3, 3}, kWhite},
         // One row interpolated once for all rows; an opaque source's alpha
         // byte is not interpolated, so the working pixel's initial 0 stays.
-        {{0xFF000000, g100, g200}, 3, {0, 0, 3, 1}, {0, 0, 5, 2}, {0, 0, 5, 2},
+        {{0xFF000000, g100, g200},
+         3,
+         {0, 0, 3, 1},
+         {0, 0, 5, 2},
+         {0, 0, 5, 2},
          {0, 0x323232, 0x646464, 0x969696, 0xC8C8C8, 0, 0x323232, 0x646464, 0x969696, 0xC8C8C8},
          kWhite},
         // Equal widths draw straight from the source.
-        {{1, 2, 3, 4, 5, 6, 7, 8}, 4, {1, 1, 3, 1}, {0, 0, 3, 3}, {1, 0, 3, 3},
-         {0, 7, 8, 0, 7, 8, 0, 7, 8}, kWhite},
+        {{1, 2, 3, 4, 5, 6, 7, 8},
+         4,
+         {1, 1, 3, 1},
+         {0, 0, 3, 3},
+         {1, 0, 3, 3},
+         {0, 7, 8, 0, 7, 8, 0, 7, 8},
+         kWhite},
     };
     for (const Case &c : cases) {
         const Image src = canvas(c.w, int32_t(c.src.size()) / c.w, c.src);
@@ -152,7 +188,10 @@ TEST(BlitNoScale, FullWidthBetweenLikeImagesIsOneRun) {
 
 TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
     const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    struct Case { int32_t w, h; Words columns, rows; };
+    struct Case {
+        int32_t w, h;
+        Words columns, rows;
+    };
     const Case cases[] = {
         {7, 7, {0, 0, 1, 1, 2, 2, 3}, {0, 0, 1, 1, 2, 2, 3}},
         {3, 3, {0, 1, 3}, {0, 1, 2}},
@@ -168,7 +207,8 @@ TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
     // Straight to 16 bits, words move with rows pitched at width x 4 bytes.
     const xg_area clip{1, 1, 7, 3};
     EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
-              (Words{0, 0, 0, 0, 0, 0, 0, 0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
+              (Words{0, 0,     0,     0,     0,     0,     0,
+                     0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
                      0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
     // Rows padded to 3 words: the first source row is found by rowstride, the
     // rows below it by width x 4 bytes.
@@ -182,7 +222,10 @@ TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
     const Image src = painted(100, 100, [](int x, int y) {
         return 0xFF000000u | uint32_t((x * 37 + y * 11) & 0xFF) << 8 | uint32_t((x * y) & 0xFF);
     });
-    struct Case { int32_t sw, sh, dw, dh, smooth; xc_scale_func want, differs_from; };
+    struct Case {
+        int32_t sw, sh, dw, dh, smooth;
+        xc_scale_func want, differs_from;
+    };
     const Case cases[] = {
         {100, 100, 100, 100, 1, xc_scale_noscale, nullptr},
         {1, 100, 3, 40, 1, xc_scale_h, xc_scale_sample},
@@ -205,7 +248,9 @@ TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
     }
 }
 
-struct Rect { int32_t sx, sy, sw, sh, dx, dy, dw, dh; };
+struct Rect {
+    int32_t sx, sy, sw, sh, dx, dy, dw, dh;
+};
 
 Words blit(const xc_image *src, const Rect &r, int smooth, int32_t w = 20, int32_t h = 20) {
     const Image dst = canvas(w, h, 0u);
@@ -220,11 +265,15 @@ TEST(Blit, SourceAreasClippedToNothingOrEndsPastInt32DrawNothing) {
     const Rect cases[] = {
         // Starting at the right edge, sampled and smoothed; one pixel wide
         // just below; one pixel high just right.
-        {10, 0, 3, 10, 0, 0, 7, 10}, {0, 10, 1, 3, 0, 0, 4, 7}, {10, 0, 3, 1, 0, 0, 7, 4},
+        {10, 0, 3, 10, 0, 0, 7, 10},
+        {0, 10, 1, 3, 0, 0, 4, 7},
+        {10, 0, 3, 1, 0, 0, 7, 4},
         // Overhangs whose scaled length overflows 64 bits, or whose end does
         // not fit.
-        {INT32_MIN, 0, 2, 2, 0, 0, INT32_MAX, 5}, {0, INT32_MIN, 2, 3, 0, 0, 5, INT32_MAX},
-        {INT32_MAX - 1, 0, 5, 5, 0, 0, 9, 9}, {0, 0, 5, 5, 10, 0, INT32_MAX, 5},
+        {INT32_MIN, 0, 2, 2, 0, 0, INT32_MAX, 5},
+        {0, INT32_MIN, 2, 3, 0, 0, 5, INT32_MAX},
+        {INT32_MAX - 1, 0, 5, 5, 0, 0, 9, 9},
+        {0, 0, 5, 5, 10, 0, INT32_MAX, 5},
     };
     for (const Rect &r : cases)
         for (int smooth : {0, 1}) EXPECT_EQ(blit(src.get(), r, smooth), Words(400, 0u)) << r.sx;
@@ -237,7 +286,9 @@ TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
         painted(10, 10, [](int x, int y) { return 0xFF000000u | uint32_t(y * 10 + x) * 997u; });
     // Exact factors of 1 and 2 clip these down to the small rectangles.
     constexpr int32_t M = INT32_MAX - 20, H = (1 << 30) - 20;
-    const struct { Rect big, small; } cases[] = {
+    const struct {
+        Rect big, small;
+    } cases[] = {
         {{-M, -M, M + 10, M + 10, -M, -M, M + 10, M + 10}, {0, 0, 10, 10, 0, 0, 10, 10}},
         {{-H, -H, H + 10, H + 10, -2 * H, -2 * H, 2 * H + 20, 2 * H + 20},
          {0, 0, 10, 10, 0, 0, 20, 20}},
@@ -259,7 +310,12 @@ std::vector<uint8_t> block(const xc_image *image) {
 
 TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
     enum Kind { opaque, alpha, rgb16 };
-    struct Case { Rect r; int smooth; uint32_t colour; Kind kind; };
+    struct Case {
+        Rect r;
+        int smooth;
+        uint32_t colour;
+        Kind kind;
+    };
     const Case cases[] = {
         // Scrolling up and down by whole rows (one run, longer than the
         // scratch words), left and right within rows; overlapping
@@ -302,18 +358,28 @@ TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
     }
 }
 
-const xc_scale_func kEveryDrawer[] = {
-    xc_scale_noscale, xc_scale_sample, xc_scale_sample_rgb16_to_rgb16, xc_scale_h,
-    xc_scale_v, xc_scale_smooth, xc_scale_linear, xc_image_scale_down_x,
-    xc_image_scale_down_y, xc_image_scale_down_xy};
+const xc_scale_func kEveryDrawer[] = {xc_scale_noscale,
+                                      xc_scale_sample,
+                                      xc_scale_sample_rgb16_to_rgb16,
+                                      xc_scale_h,
+                                      xc_scale_v,
+                                      xc_scale_smooth,
+                                      xc_scale_linear,
+                                      xc_image_scale_down_x,
+                                      xc_image_scale_down_y,
+                                      xc_image_scale_down_xy};
 
 TEST(Drawers, InconsistentAreasDrawNothingAndAClipPastTheImageIsHeld) {
     const Image src =
         painted(8, 8, [](int x, int y) { return 0xFF000000u | uint32_t(y << 8 | x); });
-    const struct { xg_area clip, s, d; } nothing[] = {
+    const struct {
+        xg_area clip, s, d;
+    } nothing[] = {
         {{0, 0, 8, 8}, {0, 0, 8, 8}, {0, 0, 4, 4}},  // clip outside the destination area
-        {{0, 0, 8, 8}, {2, 2, 10, 10}, {0, 0, 8, 8}}, {{0, 0, 8, 8}, {-1, 0, 7, 8}, {0, 0, 8, 8}},
-        {{0, 0, 8, 8}, {3, 3, 3, 8}, {0, 0, 8, 8}},   {{0, 0, 8, 8}, {3, 3, 8, 2}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {2, 2, 10, 10}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {-1, 0, 7, 8}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {3, 3, 3, 8}, {0, 0, 8, 8}},
+        {{0, 0, 8, 8}, {3, 3, 8, 2}, {0, 0, 8, 8}},
         {{0, 0, 8, 8}, {0, 0, 8, 8}, {INT32_MIN, 0, INT32_MAX, 8}},
         {{9, 9, 20, 20}, {0, 0, 8, 8}, {0, 0, 20, 20}},  // clip off the image
     };

@@ -35,7 +35,11 @@ std::string geometry(std::array<int, 8> v) {
 }
 
 TEST(FitSize, GeometryOfEveryModeIsPrintedOnTheDebugLine) {
-    struct Case { int32_t w0, h0, w, h; const char *mode; std::array<int, 8> line; };
+    struct Case {
+        int32_t w0, h0, w, h;
+        const char *mode;
+        std::array<int, 8> line;
+    };
     const Case cases[] = {
         {400, 100, 200, 100, "crop", {100, 0, 200, 100, 0, 0, 200, 100}},
         {100, 200, 100, 100, "crop", {0, 50, 100, 100, 0, 0, 100, 100}},
@@ -79,10 +83,13 @@ TEST(FitSize, SourceWithoutPixelsGivesBlackAfterTheDebugLine) {
 
 TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
     const Image src = canvas(3, 2, Words{1, 2, 3, 4, 5, 6});
-    struct Case { int32_t degrees, w; Words expected; };
+    struct Case {
+        int32_t degrees, w;
+        Words expected;
+    };
     const Case cases[] = {
-        {0, 3, {1, 2, 3, 4, 5, 6}},   {90, 2, {4, 1, 5, 2, 6, 3}},  {180, 3, {6, 5, 4, 3, 2, 1}},
-        {270, 2, {3, 6, 2, 5, 1, 4}}, {-90, 2, {3, 6, 2, 5, 1, 4}}, {450, 2, {4, 1, 5, 2, 6, 3}},
+        {0, 3, {1, 2, 3, 4, 5, 6}},    {90, 2, {4, 1, 5, 2, 6, 3}},  {180, 3, {6, 5, 4, 3, 2, 1}},
+        {270, 2, {3, 6, 2, 5, 1, 4}},  {-90, 2, {3, 6, 2, 5, 1, 4}}, {450, 2, {4, 1, 5, 2, 6, 3}},
         {-720, 3, {1, 2, 3, 4, 5, 6}},
     };
     for (const Case &c : cases) {
@@ -109,7 +116,9 @@ TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
 
 TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
     const Image src = canvas(20, 10, 0x00406080u);  // opaque source: alpha byte ignored
-    struct Case { int32_t degrees, w, h; };
+    struct Case {
+        int32_t degrees, w, h;
+    };
     const Case cases[] = {{45, 22, 22}, {30, 23, 19}, {-30, 23, 19}, {135, 22, 22}, {1, 21, 11}};
     for (const Case &c : cases) {
         const Image out{xc_image_new_from_rotated_image(src.get(), c.degrees)};
@@ -227,8 +236,9 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
         {[&] { return xc_image_fit_size(src.get(), INT32_MAX, 1, "crop"); }, kFitRefused},
         {[&] { return xc_image_scale_down_xy_2(src.get(), (1 << 30) + 1, (1 << 30) + 1); },
          "xc_image_scale_down_xy_2: refused size 1073741825 x 1073741825"},
-        {[&] { return xc_image_new_from_color_transformed_image(short_rows.get(), nullptr, low,
-                                                                high); },
+        {[&] {
+             return xc_image_new_from_color_transformed_image(short_rows.get(), nullptr, low, high);
+         },
          "rows too short to copy"},
         {[&] { return xc_image_new_from_rotated_image(sized.get(), 30); }, kRotate},
         {[&] { return xc_image_new_from_rotated_image(huge.get(), 30); }, kRotate},

@@ -39,8 +39,8 @@ int32_t target(Rng &rng, int32_t size) {
     switch (rng.below(4)) {
         case 0: return rng.between(1, 70);
         case 1: return std::max(1, size / 2 + rng.between(-1, 1));  // either side of half
-        case 2: return size * rng.between(4, 12) / 4;                // enlarging
-        default: return std::max(1, size / rng.between(3, 9));       // far below half
+        case 2: return size * rng.between(4, 12) / 4;               // enlarging
+        default: return std::max(1, size / rng.between(3, 9));      // far below half
     }
 }
 
@@ -54,7 +54,8 @@ uint64_t blits(uint32_t seed, int32_t depth, int smooth) {
         const int32_t sx = rng.between(-4, w - 1), sy = rng.between(-4, h - 1);
         const int32_t sw = rng.between(1, w + 4 - sx), sh = rng.between(1, h + 4 - sy);
         const int32_t dw = target(rng, sw), dh = target(rng, sh);
-        const int32_t dx = rng.between(-dw / 2, kCanvas - 1), dy = rng.between(-dh / 2, kCanvas - 1);
+        const int32_t dx = rng.between(-dw / 2, kCanvas - 1),
+                      dy = rng.between(-dh / 2, kCanvas - 1);
         const int32_t x1 = rng.between(0, kCanvas - 1), y1 = rng.between(0, kCanvas - 1);
         const xg_area clip{x1, y1, rng.between(x1 + 1, kCanvas), rng.between(y1 + 1, kCanvas)};
         const uint32_t colour = rng.below(2) ? kWhite : rng.color();
@@ -68,7 +69,11 @@ uint64_t blits(uint32_t seed, int32_t depth, int smooth) {
 }
 
 TEST(ScaledOutput, SeededBlitsHashToTheStoredNumbers) {
-    struct Case { int32_t depth; int smooth; uint64_t want; };
+    struct Case {
+        int32_t depth;
+        int smooth;
+        uint64_t want;
+    };
     const Case cases[] = {
         {24, 0, 0x573DB79F0B2E1C0F}, {32, 0, 0x95CFEDCE6CA8576D}, {16, 0, 0xC9322836AA76465E},
         {24, 1, 0x1FC8B9ECE448B0EF}, {32, 1, 0xC5DF3BFC8FB8B00B}, {16, 1, 0xD4609A61A88C592A},

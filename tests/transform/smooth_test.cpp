@@ -28,7 +28,12 @@ TEST(Smoothing, ConstantImageStaysConstant) {
 }
 
 TEST(Smoothing, BoxAveragesEverySourcePixelOfItsDestinationPixel) {
-    struct Case { xc_scale_func fn; bool vertical; int32_t from, to; Words levels; };
+    struct Case {
+        xc_scale_func fn;
+        bool vertical;
+        int32_t from, to;
+        Words levels;
+    };
     const Case cases[] = {
         // Grey levels 10 x along one direction, three pixels across.
         {xc_image_scale_down_x, false, 8, 2, {15, 55}},
@@ -121,7 +126,11 @@ TEST(ScaleDown, StagedReductionReachesTheTargetAndHalvesFirst) {
 }
 
 TEST(Scale1d, BoxBelowHalfLinearOtherwiseWithStepsAndEmptyCounts) {
-    struct Case { Words src; int32_t src_count, src_step, dst_count, dst_step; Words want; };
+    struct Case {
+        Words src;
+        int32_t src_count, src_step, dst_count, dst_step;
+        Words want;
+    };
     const Case cases[] = {
         // Boxes 0-2, 3-5, 6-7; then linear end to end.
         {{0, 10, 20, 30, 40, 50, 60, 70}, 8, 1, 3, 1, {10, 40, 65, 7, 7, 7}},
