@@ -3,6 +3,12 @@
 #include "pixel/scale_rows.hpp"
 #include "pixel/variants.hpp"
 
+#if FBC_SIMD
+namespace fbc::px::swar {
+void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f);
+void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
+}  // namespace fbc::px::swar
+#endif
 #if FBC_SIMD && defined(__x86_64__)
 namespace fbc::px::sse2 {
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f);
@@ -16,7 +22,9 @@ void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t
 
 namespace fbc::px {
 
-constinit const Kernel<LerpRowsFn> kLerpRows{"lerp_rows", lerp_rows, {FBC_X86(lerp_rows)}};
-constinit const Kernel<LerpWordsFn> kLerpWords{"lerp_words", lerp_words, {FBC_X86(lerp_words)}};
+constinit const Kernel<LerpRowsFn> kLerpRows{
+    "lerp_rows", lerp_rows, {FBC_X86(lerp_rows) FBC_SWAR(swar::lerp_rows)}};
+constinit const Kernel<LerpWordsFn> kLerpWords{
+    "lerp_words", lerp_words, {FBC_X86(lerp_words) FBC_SWAR(swar::lerp_words)}};
 
 }  // namespace fbc::px
