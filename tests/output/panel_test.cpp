@@ -40,9 +40,7 @@ struct Frame {
 TEST(Panel, PiecesGiveTheBytesOfOneWholeConversion) {
     constexpr int32_t cw = 37, ch = 23;
     std::mt19937 rng(7);
-    test::Words words(cw * ch);
-    for (uint32_t &w : words) w = rng();
-    const test::Image canvas = test::canvas(cw, ch, words);
+    const test::Image canvas = test::painted(cw, ch, [&](int, int) { return uint32_t(rng()); });
     for (const Layout l : kLayouts) {
         Frame whole(l, cw, ch), pieces(l, cw, ch);
         xc_get_convert_func(0, 0, l.depth, l.rotation)(
@@ -73,7 +71,7 @@ TEST(Panel, PiecesGiveTheBytesOfOneWholeConversion) {
         EXPECT_EQ(pieces.data, whole.data);
         int32_t w, h;
         xc_panel_get_canvas_size(panel, &w, &h);
-        EXPECT_EQ(std::vector<int32_t>({w, h}), std::vector<int32_t>({cw, ch}));
+        EXPECT_EQ(std::pair(w, h), std::pair(cw, ch));
         xc_panel_free(panel);
     }
 }
