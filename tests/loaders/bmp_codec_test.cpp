@@ -64,13 +64,12 @@ TEST_F(BmpCodec, FilesDecodeExactlyOrAreRefusedWithTheirReason) {
         SCOPED_TRACE(&c - cases);
         const std::string file = write("t.bmp", bmp_file(c.spec));
         const Image image{xc_image_new()};
-        Logged log;
         const int loaded = bmp_loader.load_data(image.get(), file.c_str());
         if (!c.refusal.empty()) {
             EXPECT_EQ(std::make_pair(loaded, image->data),
                       std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
-            EXPECT_NE(log.out[1].find("bmp: file(" + file + ") " + c.refusal), std::string::npos)
-                << log.out[1];
+            const std::string err = log_.take(1);
+            EXPECT_TRUE(err.starts_with("bmp: file(" + file + ") " + c.refusal)) << err;
             continue;
         }
         const bool alpha =

@@ -68,10 +68,7 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     std::fclose(out);
 }
 
-class DecodeLimits : public ScratchDir {
-protected:
-    Logged log_;
-};
+using DecodeLimits = ScratchDir;
 
 TEST_F(DecodeLimits, SetterReturnsThePreviousLimitAndANegativeValueOnlyReadsIt) {
     EXPECT_EQ(xc_image_set_decode_limit(100), int64_t{64} << 20);
@@ -156,7 +153,8 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
         if (row.refusal) refusal.replace(refusal.find('%'), 1, name);
         EXPECT_EQ(std::make_pair(loaded, image->data == nullptr),
                   std::make_pair(row.refusal ? -1 : 0, row.refusal != nullptr));
-        EXPECT_NE(log_.take(1).find(refusal), std::string::npos);
+        const std::string err = log_.take(1);
+        EXPECT_TRUE(row.refusal ? err.starts_with(refusal) : err.empty()) << err;
     }
 }
 

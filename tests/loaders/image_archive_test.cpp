@@ -31,10 +31,7 @@ std::pair<std::string, int32_t> lookup(const std::string &file) {
     return {found ? found : "", offset};
 }
 
-class ImageArchive : public ScratchDir {
-protected:
-    Logged log_;
-};
+using ImageArchive = ScratchDir;
 
 TEST_F(ImageArchive, StoredPngLoadsExactlyAsThePlainFile) {
     const std::string plain = corpus("png/pngsuite/basn6a08.png");

@@ -8,7 +8,6 @@ using namespace fbc_test;
 
 class FileFrontEnd : public ScratchDir {
 protected:
-    Logged log_;
     int32_t delay_, x_, y_, w_, h_;
     int next_frame(xc_image *image) {
         return xc_image_next_frame(image, &delay_, &x_, &y_, &w_, &h_);

@@ -12,7 +12,6 @@ protected:
              const xg_area *area = nullptr) {
         return xc_image_save(image.get(), path(name).c_str(), area, options);
     }
-    Logged log_;  // the JPEG saver prints a line on every save
 };
 
 Image filled(int32_t width, int32_t height, uint32_t word) {

@@ -7,10 +7,7 @@ namespace {
 
 using namespace fbc_test;
 
-class LoaderModule : public ScratchDir {
-protected:
-    Logged log_;
-};
+using LoaderModule = ScratchDir;
 
 TEST_F(LoaderModule, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
     const std::string missing = "/nonexistent/loader.so", no_record = FBC_NO_RECORD_MODULE;

@@ -46,7 +46,8 @@ struct Logged {
     }
 };
 
-// A fresh folder under the system's temporary folder, removed afterwards.
+// A fresh folder under the system's temporary folder, removed afterwards,
+// and the diagnostics written meanwhile.
 class ScratchDir : public testing::Test {
 protected:
     void SetUp() override {
@@ -68,6 +69,7 @@ protected:
     }
 
     std::filesystem::path dir_;
+    Logged log_;
 };
 
 inline Bytes file_bytes(const std::string &file) {
