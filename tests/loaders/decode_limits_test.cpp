@@ -40,12 +40,9 @@ Bytes wbmp_2048x1024(size_t row_bytes) {
 // scan, each AC coefficient but its last bit in a scan of its own, then
 // that bit for the first (scans - 64) of them.
 void write_progressive_jpeg(const std::string &file, int scans) {
-    std::vector<jpeg_scan_info> script(static_cast<size_t>(scans));
-    for (int i = 0; i < scans; ++i) {
-        const int k = i < 64 ? i : i - 63;
-        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0},   k,
-                                          k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
-    }
+    std::vector<jpeg_scan_info> script;
+    for (int i = 0, k = 0; i < scans; k = ++i < 64 ? i : i - 63)
+        script.push_back({1, {0, 0, 0, 0}, k, k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1});
     jpeg_compress_struct cinfo;
     jpeg_error_mgr errors;
     cinfo.err = jpeg_std_error(&errors);
@@ -59,8 +56,7 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     cinfo.scan_info = script.data();
     cinfo.num_scans = scans;
     jpeg_start_compress(&cinfo, TRUE);
-    JSAMPLE grey[64];
-    for (int i = 0; i < 64; ++i) grey[i] = static_cast<JSAMPLE>(i * 4);
+    JSAMPLE grey[64] = {0, 50, 100, 150, 200, 250, 30};
     for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8)
         jpeg_write_scanlines(&cinfo, &row, 1);
     jpeg_finish_compress(&cinfo);

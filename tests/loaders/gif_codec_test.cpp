@@ -18,9 +18,9 @@ struct GifFrame {
 class GifCodec : public ScratchDir {
 protected:
     // Writes the frames on a width x height screen and opens the file.
-    Image open(int width, int height, const std::vector<GifFrame> &frames) {
+    Image open(const char *name, int width, int height, const std::vector<GifFrame> &frames) {
         int error = 0;
-        GifFileType *gif = EGifOpenFileName(path("t.gif").c_str(), false, &error);
+        GifFileType *gif = EGifOpenFileName(path(name).c_str(), false, &error);
         const GifColorType colours[4] = {{0, 0, 0}, {255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
         ColorMapObject *map = GifMakeMapObject(4, colours);
         EGifPutScreenDesc(gif, width, height, 8, 0, map);
@@ -37,7 +37,7 @@ protected:
                 EGifPutLine(gif, indices.data() + y * f.width, f.width);
         }
         EGifCloseFile(gif, &error);
-        return Image{xc_image_new_from_file(path("t.gif").c_str())};
+        return Image{xc_image_new_from_file(path(name).c_str())};
     }
 };
 
@@ -53,8 +53,8 @@ std::string screen(const xc_image *image) {
     return text;
 }
 
-TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
-    const Image image = open(4, 4,
+TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaLoopAndMarkAlpha) {
+    const Image image = open("anim.gif", 4, 4,
                              {{0, 0, 4, 4, "RRRRRRRRRRRRRRRR", DISPOSE_DO_NOT, 0},
                               {1, 1, 2, 2, "GGGG", DISPOSE_BACKGROUND, 1},
                               {0, 0, 1, 1, "B", DISPOSE_PREVIOUS, 5},
@@ -62,7 +62,7 @@ TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
     ASSERT_NE(image, nullptr);
     // Disposal to background can make pixels clear: the image is marked as having alpha.
     EXPECT_TRUE(image->is_ani && image->no_cache && image->format == 0);
-    EXPECT_EQ(xc_image_lookup_in_cache(path("t.gif").c_str()), nullptr);  // never shared
+    EXPECT_EQ(xc_image_lookup_in_cache(path("anim.gif").c_str()), nullptr);  // never shared
     EXPECT_EQ(xc_image_get_delay(image.get()), -1);
     // Delays of 10 ms or less play as 100. The changed area includes what the
     // last frame's disposal undid. Nothing is loaded yet: the first step
@@ -79,14 +79,12 @@ TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
         EXPECT_EQ(std::make_tuple(index, delay, x, y, w, h, screen(image.get())), step);
         EXPECT_EQ(xc_image_get_delay(image.get()), delay);
     }
-}
-
-TEST_F(GifCodec, FirstFrameLeavingPixelsUncoveredMarksAlpha) {
-    const Image image = open(3, 1, {{1, 0, 2, 1, "GR", DISPOSE_DO_NOT, 7}});
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(alpha_marks(image.get()), alpha_marks(true));
-    ASSERT_EQ(xc_image_load_data(image.get()), 0);
-    EXPECT_EQ(screen(image.get()), ".GR");
+    // A first frame leaving pixels uncovered marks alpha too.
+    const Image partial = open("partial.gif", 3, 1, {{1, 0, 2, 1, "GR", DISPOSE_DO_NOT, 7}});
+    ASSERT_NE(partial, nullptr);
+    EXPECT_EQ(alpha_marks(partial.get()), alpha_marks(true));
+    ASSERT_EQ(xc_image_load_data(partial.get()), 0);
+    EXPECT_EQ(screen(partial.get()), ".GR");
 }
 
 }  // namespace
