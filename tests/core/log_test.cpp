@@ -38,14 +38,15 @@ TEST(Log, HandlerReceivesEachMessageWithItsStream) {
     EXPECT_EQ(Messages(got.end() - static_cast<long>(expected.size()), got.end()), expected);
 }
 
+// The area's corners, and the default stream back after a null handler.
 TEST(Log, NullRestoresTheDefaultStream) {
     Messages got;
     xc_set_log_func(collect, &got);
     xc_set_log_func(nullptr, &got);
-    const xg_area area{0, 0, 1, 1};
+    const xg_area area{1, -2, 30, 40};
     testing::internal::CaptureStdout();
-    xc_print_area(&area, "a");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "a: x1 = 0 y1 = 0 x2 = 1 y2 = 1\n");
+    xc_print_area(&area, "clip");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "clip: x1 = 1 y1 = -2 x2 = 30 y2 = 40\n");
     EXPECT_TRUE(got.empty());
 }
 

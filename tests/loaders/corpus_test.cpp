@@ -11,18 +11,16 @@
 
 namespace {
 
+using namespace fbc_test;
+
 struct CorpusRow {
     std::string path, format, has_alpha, expected, reference;
     int32_t width, height, frames;
 };
 
-std::string corpus_path(const std::string &relative) {
-    return std::string(FBC_CORPUS_DIR) + "/" + relative;
-}
-
 std::vector<CorpusRow> manifest() {
     std::vector<CorpusRow> rows;
-    std::ifstream in(corpus_path("MANIFEST.tsv"));
+    std::ifstream in(corpus("MANIFEST.tsv"));
     std::string line;
     std::getline(in, line);  // header
     auto number = [](const std::string &field) { return field == "-" ? -1 : std::stoi(field); };
@@ -40,11 +38,11 @@ std::vector<CorpusRow> manifest() {
 // A reference dump (straight R, G, B, A bytes) as the words the loader
 // stores, c x a >> 8 where it premultiplies: PNG for alpha channels only,
 // four-component JPEG every pixel, the others below full alpha.
-std::vector<uint32_t> reference_words(const CorpusRow &row, const std::string &reference) {
+Words reference_words(const CorpusRow &row, const std::string &reference) {
     const bool always = row.format == "jpeg" && row.has_alpha.starts_with("yes");
     const bool never = row.format == "png" && row.has_alpha != "alpha";
-    const std::vector<uint8_t> bytes = fbc_test::file_bytes(corpus_path(reference));
-    std::vector<uint32_t> words;
+    const Bytes bytes = file_bytes(corpus(reference));
+    Words words;
     for (size_t i = 0; i + 4 <= bytes.size(); i += 4) {
         const uint32_t a = bytes[i + 3], scale = always || (!never && a < 255) ? a : 256;
         words.push_back(a << 24 | (bytes[i] * scale >> 8) << 16 | (bytes[i + 1] * scale >> 8) << 8 |
@@ -54,26 +52,24 @@ std::vector<uint32_t> reference_words(const CorpusRow &row, const std::string &r
 }
 
 // Counts the differing pixels and shows the first.
-void expect_pixels(const xc_image *image, const std::vector<uint32_t> &expected, int tolerance) {
-    const std::vector<uint32_t> got = fbc_test::pixels(image);
+void expect_pixels(const xc_image *image, const Words &expected, int tolerance) {
+    const Words got = all(image);
     ASSERT_EQ(got.size(), expected.size());
     size_t differing = 0, first = 0;
     for (size_t i = 0; i < got.size(); ++i)
-        if (!fbc_test::channels_within(got[i], expected[i], tolerance) && differing++ == 0)
-            first = i;
+        if (!channels_within(got[i], expected[i], tolerance) && differing++ == 0) first = i;
     EXPECT_EQ(differing, 0u) << "first at (" << first % image->width << ", " << first / image->width
                              << "): got " << std::hex << got[first] << ", want " << expected[first];
 }
 
 // PNG marks alpha exactly for an alpha channel (tRNS adds alpha bytes but
 // stays marked opaque); the others must mark images holding non-opaque pixels.
-void expect_alpha_flags(const xc_image *image, const CorpusRow &row,
-                        const std::vector<uint32_t> &expected) {
+void expect_alpha_flags(const xc_image *image, const CorpusRow &row, const Words &expected) {
     bool marked =
         std::any_of(expected.begin(), expected.end(), [](uint32_t w) { return w >> 24 != 255; });
     if (row.format == "png") marked = row.has_alpha == "alpha";
     else if (!marked) return;
-    EXPECT_EQ(fbc_test::alpha_marks(image), fbc_test::alpha_marks(marked));
+    EXPECT_EQ(alpha_marks(image), alpha_marks(marked));
 }
 
 // gtest names a row by its path.
@@ -84,10 +80,9 @@ class CorpusFile : public testing::TestWithParam<CorpusRow> {};
 TEST_P(CorpusFile, LoadsAsTheManifestSays) {
     const CorpusRow &row = GetParam();
     xc_image_init();
-    testing::internal::CaptureStdout();
-    xc_image *image = xc_image_new_from_file(corpus_path(row.path).c_str());
-    const int loaded = image ? xc_image_load_data(image) : -1;
-    testing::internal::GetCapturedStdout();
+    Logged log;
+    const Image image{xc_image_new_from_file(corpus(row.path).c_str())};
+    const int loaded = image ? xc_image_load_data(image.get()) : -1;
     if (row.expected == "reject") {
         EXPECT_LT(loaded, 0) << "accepted a file it must refuse";
         // The JPEG size query accepts any stream; only the pixels fail.
@@ -104,8 +99,8 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
         if (!row.reference.empty()) {
             const auto expected = reference_words(row, row.reference);
             // 16-bit and bit-field BMPs widen narrow channels within 1 of the reference.
-            expect_pixels(image, expected, row.format == "bmp" ? 1 : 0);
-            expect_alpha_flags(image, row, expected);
+            expect_pixels(image.get(), expected, row.format == "bmp" ? 1 : 0);
+            expect_alpha_flags(image.get(), row, expected);
         }
     } else if (image && image->data) {
         // Either outcome is fine; a decoded image must still be whole.
@@ -114,17 +109,16 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
     // Published frames, composited by another decoder: frame N after N calls
     // of next_frame, then frame 0 again.
     const std::string frames = "ref/" + row.path + ".frame";
-    for (int n = 0; std::filesystem::exists(corpus_path(frames + "0.rgba")) && n <= row.frames;
-         ++n) {
+    for (int n = 0; std::filesystem::exists(corpus(frames + "0.rgba")) && n <= row.frames; ++n) {
         SCOPED_TRACE(n);
         ASSERT_TRUE(image && image->data);
         int32_t delay = 20, x, y, w, h;
-        EXPECT_EQ(n == 0 ? 0 : xc_image_next_frame(image, &delay, &x, &y, &w, &h), n % row.frames);
+        EXPECT_EQ(n == 0 ? 0 : xc_image_next_frame(image.get(), &delay, &x, &y, &w, &h),
+                  n % row.frames);
         EXPECT_GE(delay, 20);
-        expect_pixels(image,
+        expect_pixels(image.get(),
                       reference_words(row, frames + std::to_string(n % row.frames) + ".rgba"), 0);
     }
-    if (image) xc_image_unref(image);
 }
 
 // A block in memory decodes as its file does (first frame of an animation),
@@ -133,38 +127,30 @@ TEST_P(CorpusFile, LoadsAsTheManifestSays) {
 TEST_P(CorpusFile, DecodesFromMemoryAsFromDisk) {
     const CorpusRow &row = GetParam();
     xc_image_init();
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    xc_image *file = xc_image_new_from_file(corpus_path(row.path).c_str());
-    if (file) xc_image_load_data(file);
-    const std::vector<uint8_t> bytes = fbc_test::file_bytes(corpus_path(row.path));
-    xc_image *by_type = xc_image_new_from_memory(bytes.data(), bytes.size(), row.format.c_str());
-    const bool intact = row.expected == "decode" && !row.path.starts_with("bad/");
-    xc_image *by_magic =
-        intact ? xc_image_new_from_memory(bytes.data(), bytes.size(), nullptr) : nullptr;
-    testing::internal::GetCapturedStderr();
-    testing::internal::GetCapturedStdout();
+    Logged log;
+    const Image file{xc_image_new_from_file(corpus(row.path).c_str())};
+    if (file) xc_image_load_data(file.get());
     const bool decoded = file && file->data;
-    for (xc_image *memory : {by_type, by_magic}) {
-        if (memory == by_magic && !intact) break;
-        ASSERT_EQ(memory != nullptr, decoded) << (memory == by_type ? "by type" : "by first bytes");
+    const Bytes bytes = file_bytes(corpus(row.path));
+    const bool intact = row.expected == "decode" && !row.path.starts_with("bad/");
+    std::vector<const char *> types = {row.format.c_str()};
+    if (intact) types.push_back(nullptr);
+    for (const char *type : types) {
+        const Image memory{xc_image_new_from_memory(bytes.data(), bytes.size(), type)};
+        ASSERT_EQ(memory != nullptr, decoded) << (type ? "by type" : "by first bytes");
         if (!decoded) continue;
         EXPECT_EQ(memory->filename, nullptr);
         EXPECT_STREQ(memory->type_name, file->type_name);
         EXPECT_EQ(std::tie(memory->width, memory->height), std::tie(file->width, file->height));
-        EXPECT_EQ(fbc_test::alpha_marks(memory), fbc_test::alpha_marks(file));
-        EXPECT_TRUE(fbc_test::pixels(memory) == fbc_test::pixels(file));
-        xc_image_unref(memory);
+        EXPECT_EQ(alpha_marks(memory.get()), alpha_marks(file.get()));
+        EXPECT_TRUE(all(memory.get()) == all(file.get()));
     }
-    if (file) xc_image_unref(file);
 }
 
 INSTANTIATE_TEST_SUITE_P(Manifest, CorpusFile, testing::ValuesIn(manifest()),
                          [](const auto &param) {
                              std::string name = param.param.path;  // letters and digits only
-                             std::replace_if(
-                                 name.begin(), name.end(),
-                                 [](unsigned char c) { return !std::isalnum(c); }, '_');
+                             for (char &c : name) c = std::isalnum(c & 0xFF) ? c : '_';
                              return name;
                          });
 

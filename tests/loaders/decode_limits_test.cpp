@@ -6,38 +6,32 @@
 // jpeglib.h needs FILE and size_t declared before it.
 #include <jpeglib.h>
 
-#include "fbcompose/log.h"
-
 #include "loader_test_support.hpp"
 
 namespace {
 
-// Every diagnostic, as the program's handler sees it.
-std::string logged;
-void keep(const char *text, int, void *) { logged += text; }
+using namespace fbc_test;
 
 // A corpus file with bytes replaced at `at`, then padded with zeros (or
 // cut) to `size` bytes when given.
-std::vector<uint8_t> patched(const std::string &file, size_t at, const std::vector<uint8_t> &bytes,
-                             size_t size = 0) {
-    std::vector<uint8_t> out = fbc_test::file_bytes(std::string(FBC_CORPUS_DIR) + "/" + file);
+Bytes patched(const std::string &file, size_t at, const Bytes &bytes, size_t size = 0) {
+    Bytes out = file_bytes(corpus(file));
     std::copy(bytes.begin(), bytes.end(), out.begin() + static_cast<std::ptrdiff_t>(at));
     if (size) out.resize(size);
     return out;
 }
 
 // basn0g08.png as width x height, its header's CRC made right again.
-std::vector<uint8_t> png_sized(uint8_t w_hi, uint8_t h_hi) {
-    std::vector<uint8_t> out =
-        patched("png/pngsuite/basn0g08.png", 16, {0, 0, w_hi, 0, 0, 0, h_hi, 0});
+Bytes png_sized(uint8_t w_hi, uint8_t h_hi) {
+    Bytes out = patched("png/pngsuite/basn0g08.png", 16, {0, 0, w_hi, 0, 0, 0, h_hi, 0});
     const uLong crc = crc32(0, out.data() + 12, 17);
     for (int i = 0; i < 4; ++i) out[29 + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
     return out;
 }
 
-std::vector<uint8_t> wbmp_2048x1024(size_t row_bytes) {
+Bytes wbmp_2048x1024(size_t row_bytes) {
     const uint8_t header[] = {0, 0, 0x90, 0x00, 0x88, 0x00};
-    std::vector<uint8_t> out(sizeof header + row_bytes, 0x55);
+    Bytes out(sizeof header + row_bytes, 0x55);
     std::copy(std::begin(header), std::end(header), out.begin());
     return out;
 }
@@ -46,12 +40,9 @@ std::vector<uint8_t> wbmp_2048x1024(size_t row_bytes) {
 // scan, each AC coefficient but its last bit in a scan of its own, then
 // that bit for the first (scans - 64) of them.
 void write_progressive_jpeg(const std::string &file, int scans) {
-    std::vector<jpeg_scan_info> script(static_cast<size_t>(scans));
-    for (int i = 0; i < scans; ++i) {
-        const int k = i < 64 ? i : i - 63;
-        script[static_cast<size_t>(i)] = {1, {0, 0, 0, 0},   k,
-                                          k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1};
-    }
+    std::vector<jpeg_scan_info> script;
+    for (int i = 0, k = 0; i < scans; k = ++i < 64 ? i : i - 63)
+        script.push_back({1, {0, 0, 0, 0}, k, k, i < 64 ? 0 : 1, i == 0 || i >= 64 ? 0 : 1});
     jpeg_compress_struct cinfo;
     jpeg_error_mgr errors;
     cinfo.err = jpeg_std_error(&errors);
@@ -65,8 +56,7 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     cinfo.scan_info = script.data();
     cinfo.num_scans = scans;
     jpeg_start_compress(&cinfo, TRUE);
-    JSAMPLE grey[64];
-    for (int i = 0; i < 64; ++i) grey[i] = static_cast<JSAMPLE>(i * 4);
+    JSAMPLE grey[64] = {0, 50, 100, 150, 200, 250, 30};
     for (JSAMPROW row = grey; cinfo.next_scanline < 8; row += 8)
         jpeg_write_scanlines(&cinfo, &row, 1);
     jpeg_finish_compress(&cinfo);
@@ -74,18 +64,7 @@ void write_progressive_jpeg(const std::string &file, int scans) {
     std::fclose(out);
 }
 
-class DecodeLimits : public fbc_test::ScratchDir {
-protected:
-    void SetUp() override {
-        ScratchDir::SetUp();
-        logged.clear();
-        xc_set_log_func(keep, nullptr);
-    }
-    void TearDown() override {
-        xc_set_log_func(nullptr, nullptr);
-        ScratchDir::TearDown();
-    }
-};
+using DecodeLimits = ScratchDir;
 
 TEST_F(DecodeLimits, SetterReturnsThePreviousLimitAndANegativeValueOnlyReadsIt) {
     EXPECT_EQ(xc_image_set_decode_limit(100), int64_t{64} << 20);
@@ -106,27 +85,25 @@ TEST_F(DecodeLimits, EveryCodecRefusesImagesAboveTheLimitNamingTheFileAndBothSiz
         {"wbmp/generated/checker-128x16.wbmp", 128, 16}};
     for (const auto &[file, width, height] : files) {
         SCOPED_TRACE(file);
-        const std::string name = std::string(FBC_CORPUS_DIR) + "/" + file;
+        const std::string name = corpus(file);
         const int64_t pixels = int64_t{width} * height;
-        const std::string refusal = "file(" + name + ") is " + std::to_string(width) + "x" +
-                                    std::to_string(height) + ", " + std::to_string(pixels) +
-                                    " pixels, above the decode limit of " +
+        const std::string refusal = file.substr(0, file.find('/')) + ": file(" + name + ") is " +
+                                    std::to_string(width) + "x" + std::to_string(height) + ", " +
+                                    std::to_string(pixels) + " pixels, above the decode limit of " +
                                     std::to_string(pixels - 1) + " pixels\n";
         xc_image_set_decode_limit(pixels);
-        xc_image *image = xc_image_new_from_file(name.c_str());
+        Image image{xc_image_new_from_file(name.c_str())};
         ASSERT_NE(image, nullptr);
         xc_image_set_decode_limit(pixels - 1);
-        logged.clear();
-        EXPECT_LT(xc_image_load_data(image), 0);
-        EXPECT_EQ(image->data, nullptr);
-        EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
+        EXPECT_EQ(std::make_pair(xc_image_load_data(image.get()), image->data),
+                  std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
+        EXPECT_EQ(log_.take(1), refusal);
         xc_image_set_decode_limit(pixels);
-        EXPECT_GE(xc_image_load_data(image), 0);
-        xc_image_unref(image);
+        EXPECT_GE(xc_image_load_data(image.get()), 0);
+        image.reset();
         xc_image_set_decode_limit(pixels - 1);
-        logged.clear();
         EXPECT_EQ(xc_image_new_from_file(name.c_str()), nullptr);
-        EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
+        EXPECT_EQ(log_.take(1), refusal);
     }
 }
 
@@ -136,7 +113,7 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
     xc_image_set_decode_limit(0);
     const struct {
         const char *name;
-        std::vector<uint8_t> bytes;
+        Bytes bytes;
         const char *refusal;  // null: loads
     } rows[] = {
         {"a.png", png_sized(0x10, 0x10),
@@ -165,20 +142,15 @@ TEST_F(DecodeLimits, HeadersDeclaringMorePixelsThanTheFileHoldsAreRefusedBeforeA
     for (const auto &row : rows) {
         SCOPED_TRACE(row.name);
         const std::string name = write(row.name, row.bytes);
-        logged.clear();
-        xc_image *image = xc_image_new_from_file(name.c_str());
-        ASSERT_NE(image, nullptr) << logged;
-        const int loaded = xc_image_load_data(image);
-        if (row.refusal) {
-            std::string refusal = row.refusal;
-            refusal.replace(refusal.find('%'), 1, name);
-            EXPECT_EQ(std::make_pair(loaded, image->data),
-                      std::make_pair(-1, static_cast<uint8_t *>(nullptr)));
-            EXPECT_NE(logged.find(refusal), std::string::npos) << logged;
-        } else {
-            EXPECT_EQ(loaded, 0) << logged;
-        }
-        xc_image_unref(image);
+        const Image image{xc_image_new_from_file(name.c_str())};
+        ASSERT_NE(image, nullptr);
+        const int loaded = xc_image_load_data(image.get());
+        std::string refusal = row.refusal ? row.refusal : "";
+        if (row.refusal) refusal.replace(refusal.find('%'), 1, name);
+        EXPECT_EQ(std::make_pair(loaded, image->data == nullptr),
+                  std::make_pair(row.refusal ? -1 : 0, row.refusal != nullptr));
+        const std::string err = log_.take(1);
+        EXPECT_TRUE(row.refusal ? err.starts_with(refusal) : err.empty()) << err;
     }
 }
 
@@ -187,15 +159,11 @@ TEST_F(DecodeLimits, JpegFilesOfMoreThanAHundredScansAreRefused) {
     for (const int scans : {100, 101}) {
         const std::string name = path(std::to_string(scans) + ".jpg");
         write_progressive_jpeg(name, scans);
-        xc_image *image = xc_image_new_from_file(name.c_str());
+        const Image image{xc_image_new_from_file(name.c_str())};
         ASSERT_NE(image, nullptr);
-        logged.clear();
-        EXPECT_EQ(xc_image_load_data(image), scans <= 100 ? 1 : -1);
-        EXPECT_EQ(
-            logged.find("jpeg: file(" + name + ") has more than 100 scans\n") != std::string::npos,
-            scans > 100)
-            << logged;
-        xc_image_unref(image);
+        EXPECT_EQ(xc_image_load_data(image.get()), scans <= 100 ? 1 : -1);
+        EXPECT_EQ(log_.take(1),
+                  scans <= 100 ? "" : "jpeg: file(" + name + ") has more than 100 scans\n");
     }
 }
 

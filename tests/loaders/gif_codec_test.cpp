@@ -1,11 +1,13 @@
-// The GIF codec's animation stepping on a file written with giflib's
-// encoder: frame index, delay, changed area, looping, caching. The corpus
-// checks the composited pixels of real animations frame by frame.
+// The GIF codec's animation stepping on files written with giflib's
+// encoder: frame index, delay, changed area, looping, caching, alpha. The
+// corpus checks the composited pixels of real animations frame by frame.
 #include <gif_lib.h>
 
 #include "loader_test_support.hpp"
 
 namespace {
+
+using namespace fbc_test;
 
 struct GifFrame {
     int left, top, width, height;
@@ -13,83 +15,76 @@ struct GifFrame {
     int disposal, delay_cs, transparent = NO_TRANSPARENT_COLOR;
 };
 
-void write_gif(const std::string &file, int width, int height,
-               const std::vector<GifFrame> &frames) {
-    int error = 0;
-    GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);
-    ASSERT_NE(gif, nullptr);
-    const GifColorType colours[4] = {{0, 0, 0}, {255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
-    ColorMapObject *map = GifMakeMapObject(4, colours);
-    EGifPutScreenDesc(gif, width, height, 8, 0, map);
-    GifFreeMapObject(map);
-    for (const GifFrame &f : frames) {
-        GraphicsControlBlock gcb{f.disposal, false, f.delay_cs, f.transparent};
-        GifByteType ext[4];
-        EGifGCBToExtension(&gcb, ext);
-        EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, ext);
-        EGifPutImageDesc(gif, f.left, f.top, f.width, f.height, false, nullptr);
-        std::vector<GifPixelType> indices;
-        for (char c : f.indices)
-            indices.push_back(static_cast<GifPixelType>(std::string("KRGB").find(c)));
-        for (int y = 0; y < f.height; ++y) EGifPutLine(gif, indices.data() + y * f.width, f.width);
+class GifCodec : public ScratchDir {
+protected:
+    // Writes the frames on a width x height screen and opens the file.
+    Image open(const char *name, int width, int height, const std::vector<GifFrame> &frames) {
+        int error = 0;
+        GifFileType *gif = EGifOpenFileName(path(name).c_str(), false, &error);
+        const GifColorType colours[4] = {{0, 0, 0}, {255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
+        ColorMapObject *map = GifMakeMapObject(4, colours);
+        EGifPutScreenDesc(gif, width, height, 8, 0, map);
+        GifFreeMapObject(map);
+        for (const GifFrame &f : frames) {
+            GraphicsControlBlock gcb{f.disposal, false, f.delay_cs, f.transparent};
+            GifByteType ext[4];
+            EGifGCBToExtension(&gcb, ext);
+            EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, ext);
+            EGifPutImageDesc(gif, f.left, f.top, f.width, f.height, false, nullptr);
+            std::vector<GifPixelType> indices;
+            for (char c : f.indices) indices.push_back(std::string("KRGB").find(c) & 3);
+            for (int y = 0; y < f.height; ++y)
+                EGifPutLine(gif, indices.data() + y * f.width, f.width);
+        }
+        EGifCloseFile(gif, &error);
+        return Image{xc_image_new_from_file(path(name).c_str())};
     }
-    EGifCloseFile(gif, &error);
-}
+};
 
 // The screen as palette letters, '.' for clear, rows separated by spaces.
 std::string screen(const xc_image *image) {
-    const std::vector<uint32_t> words = {0, 0xFF000000u, 0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu};
+    const Words words = {0, 0xFF000000u, 0xFFFF0000u, 0xFF00FF00u, 0xFF0000FFu};
     std::string text;
     for (int32_t y = 0; y < image->height; ++y, text += ' ')
         for (int32_t x = 0; x < image->width; ++x)
-            text += ".KRGB?"[std::find(words.begin(), words.end(), fbc_test::pixel(image, x, y)) -
-                             words.begin()];
+            text +=
+                ".KRGB?"[std::find(words.begin(), words.end(), at(image, x, y)) - words.begin()];
     text.pop_back();
     return text;
 }
 
-using GifCodec = fbc_test::ScratchDir;
-
-TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaAndLoop) {
-    const std::string file = path("anim.gif");
-    write_gif(file, 4, 4,
-              {{0, 0, 4, 4, "RRRRRRRRRRRRRRRR", DISPOSE_DO_NOT, 0},
-               {1, 1, 2, 2, "GGGG", DISPOSE_BACKGROUND, 1},
-               {0, 0, 1, 1, "B", DISPOSE_PREVIOUS, 5},
-               {2, 3, 2, 1, "KG", DISPOSE_DO_NOT, 2, 0}});
-    xc_image *image = xc_image_new_from_file(file.c_str());
+TEST_F(GifCodec, FramesReportTheirIndexDelayAndChangedAreaLoopAndMarkAlpha) {
+    const Image image = open("anim.gif", 4, 4,
+                             {{0, 0, 4, 4, "RRRRRRRRRRRRRRRR", DISPOSE_DO_NOT, 0},
+                              {1, 1, 2, 2, "GGGG", DISPOSE_BACKGROUND, 1},
+                              {0, 0, 1, 1, "B", DISPOSE_PREVIOUS, 5},
+                              {2, 3, 2, 1, "KG", DISPOSE_DO_NOT, 2, 0}});
     ASSERT_NE(image, nullptr);
     // Disposal to background can make pixels clear: the image is marked as having alpha.
     EXPECT_TRUE(image->is_ani && image->no_cache && image->format == 0);
-    EXPECT_EQ(xc_image_lookup_in_cache(file.c_str()), nullptr);  // animations are never shared
-    EXPECT_EQ(xc_image_get_delay(image), -1);
+    EXPECT_EQ(xc_image_lookup_in_cache(path("anim.gif").c_str()), nullptr);  // never shared
+    EXPECT_EQ(xc_image_get_delay(image.get()), -1);
     // Delays of 10 ms or less play as 100. The changed area includes what the
-    // last frame's disposal undid. Nothing is loaded yet: the first step decodes frame 0 first.
+    // last frame's disposal undid. Nothing is loaded yet: the first step
+    // decodes frame 0 first. Past the last frame: again on a clear screen.
     const std::tuple<int, int, int, int, int, int, std::string> steps[] = {
         {1, 100, 1, 1, 2, 2, "RRRR RGGR RGGR RRRR"},
         {2, 50, 0, 0, 3, 3, "BRRR R..R R..R RRRR"},
         {3, 20, 0, 0, 4, 4, "RRRR R..R R..R RRRG"},  // index 0 is transparent here
-        {0, 100, 0, 0, 4, 4,
-         "RRRR RRRR RRRR RRRR"},  // past the last frame: again on a clear screen
+        {0, 100, 0, 0, 4, 4, "RRRR RRRR RRRR RRRR"},
         {1, 100, 1, 1, 2, 2, "RRRR RGGR RGGR RRRR"}};
     for (const auto &step : steps) {
         int32_t delay = 0, x = -1, y = -1, w = -1, h = -1;
-        const int index = xc_image_next_frame(image, &delay, &x, &y, &w, &h);
-        EXPECT_EQ(std::make_tuple(index, delay, x, y, w, h, screen(image)), step);
-        EXPECT_EQ(xc_image_get_delay(image), delay);
+        const int index = xc_image_next_frame(image.get(), &delay, &x, &y, &w, &h);
+        EXPECT_EQ(std::make_tuple(index, delay, x, y, w, h, screen(image.get())), step);
+        EXPECT_EQ(xc_image_get_delay(image.get()), delay);
     }
-    xc_image_unref(image);
-}
-
-TEST_F(GifCodec, FirstFrameLeavingPixelsUncoveredMarksAlpha) {
-    const std::string file = path("partial.gif");
-    write_gif(file, 3, 1, {{1, 0, 2, 1, "GR", DISPOSE_DO_NOT, 7}});
-    xc_image *image = xc_image_new_from_file(file.c_str());
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(fbc_test::alpha_marks(image), fbc_test::alpha_marks(true));
-    ASSERT_EQ(xc_image_load_data(image), 0);
-    EXPECT_EQ(screen(image), ".GR");
-    xc_image_unref(image);
+    // A first frame leaving pixels uncovered marks alpha too.
+    const Image partial = open("partial.gif", 3, 1, {{1, 0, 2, 1, "GR", DISPOSE_DO_NOT, 7}});
+    ASSERT_NE(partial, nullptr);
+    EXPECT_EQ(alpha_marks(partial.get()), alpha_marks(true));
+    ASSERT_EQ(xc_image_load_data(partial.get()), 0);
+    EXPECT_EQ(screen(partial.get()), ".GR");
 }
 
 }  // namespace

@@ -5,16 +5,18 @@
 
 namespace {
 
+using namespace fbc_test;
+
 // An archive holding the given files, data placed after the index.
-std::vector<uint8_t> archive(const std::vector<std::pair<std::string, std::vector<uint8_t>>> &files,
-                             const char *magic = "IMGARCH0") {
-    std::vector<uint8_t> out(magic, magic + 8), data;
-    fbc_test::put_le(out, static_cast<uint32_t>(files.size()));
+Bytes archive(const std::vector<std::pair<std::string, Bytes>> &files,
+              const char *magic = "IMGARCH0") {
+    Bytes out(magic, magic + 8), data;
+    put_le(out, static_cast<uint32_t>(files.size()));
     size_t offset = 12;
     for (const auto &f : files) offset += 8 + f.first.size();
     for (const auto &[name, bytes] : files) {
-        fbc_test::put_le(out, static_cast<uint32_t>(offset + data.size()));
-        fbc_test::put_le(out, static_cast<uint32_t>(name.size()));
+        put_le(out, static_cast<uint32_t>(offset + data.size()));
+        put_le(out, static_cast<uint32_t>(name.size()));
         out.insert(out.end(), name.begin(), name.end());
         data.insert(data.end(), bytes.begin(), bytes.end());
     }
@@ -29,56 +31,47 @@ std::pair<std::string, int32_t> lookup(const std::string &file) {
     return {found ? found : "", offset};
 }
 
-using ImageArchive = fbc_test::ScratchDir;
+using ImageArchive = ScratchDir;
 
 TEST_F(ImageArchive, StoredPngLoadsExactlyAsThePlainFile) {
-    const std::string plain = std::string(FBC_CORPUS_DIR) + "/png/pngsuite/basn6a08.png";
-    write("img.ar", archive({{"other.png", {1, 2, 3}}, {"icon.png", fbc_test::file_bytes(plain)}}));
-    testing::internal::CaptureStdout();
-    xc_image *stored = xc_image_new_from_file(path("icon.png").c_str());
-    xc_image *reference = xc_image_new_from_file(plain.c_str());
-    testing::internal::GetCapturedStdout();
+    const std::string plain = corpus("png/pngsuite/basn6a08.png");
+    write("img.ar", archive({{"other.png", {1, 2, 3}}, {"icon.png", file_bytes(plain)}}));
+    const Image stored{xc_image_new_from_file(path("icon.png").c_str())},
+        reference{xc_image_new_from_file(plain.c_str())};
     ASSERT_TRUE(stored && reference);
-    EXPECT_EQ(std::make_pair(xc_image_load_data(stored), xc_image_load_data(reference)),
+    EXPECT_EQ(std::make_pair(xc_image_load_data(stored.get()), xc_image_load_data(reference.get())),
               std::make_pair(4, 4));
-    EXPECT_EQ(fbc_test::pixels(stored), fbc_test::pixels(reference));
-    xc_image_unref(stored);
-    xc_image_unref(reference);
+    EXPECT_EQ(all(stored.get()), all(reference.get()));
 }
 
 // A name without a slash looks in the working directory.
 TEST_F(ImageArchive, DirectoryIsReadOnceWithItsMessages) {
     write("img.ar", archive({{"a.png", {1}}, {"b.png", {2, 2}}}));
     ASSERT_EQ(chdir(dir_.c_str()), 0);
-    testing::internal::CaptureStdout();
     EXPECT_EQ(lookup("a.png"), std::make_pair(std::string("img.ar"), 12 + 2 * (8 + 5)));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "add dir = \ndir = \n");
+    EXPECT_EQ(log_.take(), "add dir = \ndir = \n");
     std::filesystem::remove("img.ar");  // answered from memory from now on
-    testing::internal::CaptureStdout();
     EXPECT_EQ(lookup("b.png"), std::make_pair(std::string("img.ar"), 12 + 2 * (8 + 5) + 1));
     EXPECT_EQ(lookup("c.png"), std::make_pair(std::string(), 0));
     EXPECT_EQ(lookup("name"), std::make_pair(std::string(), 0));  // reserved, not the path
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(log_.take(), "");
 }
 
 TEST_F(ImageArchive, LaterNameWinsOffsetZeroIsNeverFoundAndACutIndexKeepsItsEntries) {
-    std::vector<uint8_t> bytes =
+    Bytes bytes =
         archive({{"zero.png", {9}}, {"twice.png", {1}}, {"twice.png", {2}}, {"cut.png", {}}});
     std::fill_n(bytes.begin() + 12, 4, 0);    // the first entry's offset
     std::fill_n(bytes.begin() + 8, 3, 0xFF);  // a count far beyond the entries
     bytes.resize(bytes.size() - 6);           // cut inside the last name
     write("img.ar", bytes);
-    testing::internal::CaptureStdout();
-    const auto zero = lookup(path("zero.png")), twice = lookup(path("twice.png")),
-               cut = lookup(path("cut.png"));
-    testing::internal::GetCapturedStdout();
-    EXPECT_EQ(zero, std::make_pair(std::string(), 0));
-    EXPECT_EQ(twice, std::make_pair(path("img.ar"), 12 + 4 * 8 + 8 + 9 + 9 + 7 + 2));
-    EXPECT_EQ(cut, std::make_pair(std::string(), 0));
+    EXPECT_EQ(lookup(path("zero.png")), std::make_pair(std::string(), 0));
+    EXPECT_EQ(lookup(path("twice.png")),
+              std::make_pair(path("img.ar"), 12 + 4 * 8 + 8 + 9 + 9 + 7 + 2));
+    EXPECT_EQ(lookup(path("cut.png")), std::make_pair(std::string(), 0));
 }
 
 TEST_F(ImageArchive, DirectoriesWithoutUsableArchiveFailQuietlyAfterTheFirstLookup) {
-    const std::tuple<std::string, std::vector<uint8_t>, std::string> rows[] = {
+    const std::tuple<std::string, Bytes, std::string> rows[] = {
         // no content: no archive
         {"none", {}, " has not img.ar\n"},
         {"wrong", archive({{"a.png", {1}}}, "IMGARCH1"), "\nnot our archive"}};
@@ -86,14 +79,11 @@ TEST_F(ImageArchive, DirectoriesWithoutUsableArchiveFailQuietlyAfterTheFirstLook
         const std::string folder = path(name) + "/";
         std::filesystem::create_directory(folder);
         if (!content.empty()) write(name + "/img.ar", content);
-        testing::internal::CaptureStdout();
         EXPECT_EQ(lookup(folder + "a.png").first, "");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(),
-                  "add dir = " + folder + "\n" + (content.empty() ? "this dir " : "dir = ") +
-                      folder + tail);
-        testing::internal::CaptureStdout();
+        EXPECT_EQ(log_.take(), "add dir = " + folder + "\n" +
+                                   (content.empty() ? "this dir " : "dir = ") + folder + tail);
         EXPECT_EQ(lookup(folder + "a.png"), std::make_pair(std::string(), 0));
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+        EXPECT_EQ(log_.take(), "");
     }
 }
 

@@ -1,20 +1,20 @@
 // Loader modules named in CANVAS_IMAGE_LOADER. The registry is built once
 // per process and every test case runs in its own, so each sets the
 // variable before its first load.
-
 #include "loader_test_support.hpp"
 
 namespace {
 
-using LoaderModule = fbc_test::ScratchDir;
+using namespace fbc_test;
 
-TEST(LoaderModuleRegistry, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
+using LoaderModule = ScratchDir;
+
+TEST_F(LoaderModule, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
     const std::string missing = "/nonexistent/loader.so", no_record = FBC_NO_RECORD_MODULE;
     const std::string list = missing + ",," + no_record + "," + FBC_TEST_LOADER_MODULE;
     setenv("CANVAS_IMAGE_LOADER", list.c_str(), 1);
-    testing::internal::CaptureStdout();
     EXPECT_EQ(xc_image_new_from_file("warm.none"), nullptr);
-    const std::string out = testing::internal::GetCapturedStdout();
+    const std::string out = log_.take();
     // Each failure line ends with dlerror()'s text, which varies by system.
     EXPECT_TRUE(out.starts_with("loading dyn image loader:" + list + "\nloader = " + missing +
                                 "\nmodule(" + missing + ") open failed:"))
@@ -30,41 +30,35 @@ TEST(LoaderModuleRegistry, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
         << out;
     // The environment is read once: a later change has no effect.
     unsetenv("CANVAS_IMAGE_LOADER");
-    xc_image *image = xc_image_new_from_file("image.mod");
-    EXPECT_NE(image, nullptr);
-    xc_image_unref(image);
+    EXPECT_NE(Image{xc_image_new_from_file("image.mod")}, nullptr);
 }
 
 TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixAndItsRefusalsFallThrough) {
     setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
-    xc_image *image = xc_image_new_from_file(path("photo.png").c_str());  // builds the registry
-    ASSERT_NE(image, nullptr);
-    EXPECT_STREQ(image->type_name, "mod");
-    xc_image_unref(image);
-    const std::string name = path("refuse.png");
-    xc_image *canvas = xc_image_create(4, 3);
+    const Image photo{xc_image_new_from_file(path("photo.png").c_str())};  // builds the registry
+    ASSERT_NE(photo, nullptr);
+    EXPECT_STREQ(photo->type_name, "mod");
     // Saving by name would ask the module, which lists the suffix first.
-    ASSERT_EQ(png_loader.save(canvas, name.c_str(), nullptr, nullptr), 0);
-    xc_image_unref(canvas);
-    testing::internal::CaptureStdout();
-    image = xc_image_new_from_file(name.c_str());
+    const std::string name = path("refuse.png");
+    ASSERT_EQ(png_loader.save(Image{xc_image_create(4, 3)}.get(), name.c_str(), nullptr, nullptr),
+              0);
+    log_.take();
+    const Image image{xc_image_new_from_file(name.c_str())};
     // The module's line names the suffix as the module lists it.
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "PNG file(" + name + ") load failed\n");
+    EXPECT_EQ(log_.take(), "PNG file(" + name + ") load failed\n");
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(std::make_pair(image->loader, image->width), std::make_pair(&png_loader, 4));
-    xc_image_unref(image);
 }
 
-TEST_F(LoaderModule, RescaledLoadUsesTheModuleOperationAndAlwaysReturnsZero) {
+TEST(LoaderModuleRescaled, UsesTheModuleOperationAndAlwaysReturnsZero) {
     setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
-    xc_image *image = xc_image_new_from_file("scaled.mod");
+    const Image image{xc_image_new_from_file("scaled.mod")};
     ASSERT_NE(image, nullptr);
-    EXPECT_EQ(xc_image_load_data_rescaled(image, 0, 4), 0);  // the module refuses 0 x 4
+    EXPECT_EQ(xc_image_load_data_rescaled(image.get(), 0, 4), 0);  // the module refuses 0 x 4
     EXPECT_EQ(image->data, nullptr);
-    EXPECT_EQ(xc_image_load_data_rescaled(image, 5, 4), 0);
+    EXPECT_EQ(xc_image_load_data_rescaled(image.get(), 5, 4), 0);
     ASSERT_NE(image->data, nullptr);
-    EXPECT_EQ(fbc_test::pixel(image, 4, 3), 0xFF000504u);
-    xc_image_unref(image);
+    EXPECT_EQ(at(image.get(), 4, 3), 0xFF000504u);
 }
 
 }  // namespace

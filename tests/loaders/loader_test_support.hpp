@@ -1,5 +1,5 @@
 // What the loader tests share: the headers they all use, a scratch folder
-// per test, file writing and pixel access.
+// per test, the program's diagnostics, file bytes and pixel access.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,10 +16,38 @@
 
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
+#include "fbcompose/log.h"
+#include "image_words.hpp"
 
 namespace fbc_test {
 
-// A fresh folder under the system's temporary folder, removed afterwards.
+using test::all;
+using test::at;
+using test::Words;
+using Image = test::Image;
+using Bytes = std::vector<uint8_t>;
+
+inline std::string corpus(const std::string &file) { return FBC_CORPUS_DIR "/" + file; }
+
+// Every diagnostic while it lives, by stream: out[0] standard output, out[1] errors.
+struct Logged {
+    std::string out[2];
+    Logged() {
+        xc_set_log_func([](const char *text, int err,
+                           void *me) { static_cast<Logged *>(me)->out[err != 0] += text; },
+                        this);
+    }
+    ~Logged() { xc_set_log_func(nullptr, nullptr); }
+    // What was written since the last call, on one stream.
+    std::string take(int err = 0) {
+        std::string text;
+        std::swap(text, out[err]);
+        return text;
+    }
+};
+
+// A fresh folder under the system's temporary folder, removed afterwards,
+// and the diagnostics written meanwhile.
 class ScratchDir : public testing::Test {
 protected:
     void SetUp() override {
@@ -33,7 +61,7 @@ protected:
 
     std::string path(const std::string &name) const { return (dir_ / name).string(); }
 
-    std::string write(const std::string &name, const std::vector<uint8_t> &bytes) const {
+    std::string write(const std::string &name, const Bytes &bytes) const {
         std::ofstream(path(name), std::ios::binary)
             .write(reinterpret_cast<const char *>(bytes.data()),
                    static_cast<std::streamsize>(bytes.size()));
@@ -41,24 +69,12 @@ protected:
     }
 
     std::filesystem::path dir_;
+    Logged log_;
 };
 
-inline std::vector<uint8_t> file_bytes(const std::string &file) {
+inline Bytes file_bytes(const std::string &file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
-}
-
-inline uint32_t pixel(const xc_image *image, int32_t x, int32_t y) {
-    return reinterpret_cast<const uint32_t *>(image->data +
-                                              static_cast<size_t>(y) * image->rowstride)[x];
-}
-
-// Every pixel, rows top first: whole images compare in one assertion.
-inline std::vector<uint32_t> pixels(const xc_image *image) {
-    std::vector<uint32_t> words;
-    for (int32_t y = 0; y < image->height; ++y)
-        for (int32_t x = 0; x < image->width; ++x) words.push_back(pixel(image, x, y));
-    return words;
 }
 
 // The alpha marks (format, has_alpha): 0, 1 for premultiplied alpha; 1, 0 when opaque.
@@ -79,7 +95,7 @@ inline bool channels_within(uint32_t got, uint32_t want, int tolerance) {
 }
 
 // Appends `v` as four little-endian bytes.
-inline void put_le(std::vector<uint8_t> &out, uint32_t v) {
+inline void put_le(Bytes &out, uint32_t v) {
     for (int i = 0; i < 4; ++i) out.push_back(static_cast<uint8_t>(v >> (8 * i)));
 }
 
