@@ -39,6 +39,36 @@ TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
     }
 }
 
+TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
+    struct Case {
+        uint32_t pixel, modulation, expected;
+    };
+    const Case cases[] = {
+        {0xFF102030, kWhite, 0xFF102030},
+        // Un-premultiplied by 256 / alpha, clamped at 255; alpha 0 draws nothing.
+        {0x80402010, kWhite, 0x80804020},
+        {0x80C80000, kWhite, 0x80FF0000},
+        {0x00FFFFFF, kWhite, 0},
+        // White takes the modulation colour.
+        {0xFFFFFFFF, 0xFF00FF00, 0xFF00FF00},
+        // Modulated through the span function into a word starting at 0:
+        // a = 255 x 255 >> 8 = 254, red = (200 x 128 x 255 >> 8) >> 8 = 99,
+        // then un-premultiplied by 256 / 254.
+        {0xFFC80000, 0xFF800000, 0xFE630000},
+    };
+    const xg_area clip{0, 0, 12, 12};
+    for (const Case &c : cases) {
+        const Image src = canvas(3, 3, Words{0, 0, 0, 0, c.pixel, 0, 0, 0, 0});
+        const Image dst = blank_alpha(12, 12), want = blank_alpha(12, 12);
+        xc_image_blit(src.get(), dst.get(), &clip, 1, 1, 1, 1, 1, 1, 10, 10, 0, c.modulation);
+        // Colour c blended over transparent black stores its premultiplied
+        // bytes: compare with the same fill drawn directly.
+        xg_area area{1, 1, 11, 11};
+        xc_rectangle_draw(want.get(), &clip, &area, c.expected);
+        EXPECT_EQ(all(dst.get()), all(want.get())) << std::hex << c.pixel;
+    }
+}
+
 TEST(BlitSingleColour, ReadsAThirtyTwoBitWordEvenFromASixteenBitImage) {
     std::vector<uint16_t> words{0x3456, 0xFF12, 0x0000, 0x0000};
     const Image src{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
