@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 #include <string>
 
@@ -137,7 +138,6 @@ TEST(LineDraw, ImageWithoutPixelsOrWithSixteenBitRowsIsSkipped) {
 }
 
 constexpr xg_area kAll{0, 0, 10, 10};
-const Points kTriangle{{0, 0}, {8, 0}, {0, 8}};
 
 test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y_offset,
                  uint32_t colour = 0xFFFFFFFF, int32_t size = 10) {
@@ -149,64 +149,59 @@ test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y
     return image;
 }
 
+// Points written "x,y x,y ...".
+Points points_of(const char *text) {
+    Points out;
+    for (int x, y, n; std::sscanf(text, "%d,%d%n", &x, &y, &n) == 2; text += n)
+        out.push_back({x, y});
+    return out;
+}
+
 TEST(PolygonDraw, EvenOddFillWithTopRowInAndBottomRowOut) {
     struct Case {
-        Points points;
+        const char *points;
         xg_area clip;
         int32_t x_offset, y_offset;
         std::string top_rows;
     };
+    const char *triangle = "0,0 8,0 0,8";
+    const xg_area kInner{2, 2, 6, 6}, kBeyond{-50, -50, 50, 50};
     const Case cases[] = {
-        {kTriangle, kAll, 0, 0,
+        {triangle, kAll, 0, 0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
         // Point order does not matter.
-        {{{0, 8}, {8, 0}, {0, 0}},
-         kAll,
-         0,
-         0,
+        {"0,8 8,0 0,0", kAll, 0, 0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
-        {{{0, 0}, {8, 8}, {8, 0}, {0, 8}},
-         kAll,
-         0,
-         0,
+        {"0,0 8,8 8,0 0,8", kAll, 0, 0,
          ".......... #......#.. ##....##.. ###..###.. ########.. ###..###.. ##....##.. #......#.."},
         // Back along a path through an inner square: crossed twice, a hole.
-        {{{1, 1}, {7, 1}, {7, 7}, {1, 7}, {1, 1}, {3, 3}, {3, 5}, {5, 5}, {5, 3}, {3, 3}},
-         kAll,
-         0,
-         0,
+        {"1,1 7,1 7,7 1,7 1,1 3,3 3,5 5,5 5,3 3,3", kAll, 0, 0,
          ".......... .######... .######... .##..##... .##..##... .######... .######..."},
         // Edges sloping more than a pixel per line cover their whole run.
-        {{{0, 0}, {9, 0}, {0, 4}}, kAll, 0, 0, "#########. #######... ####...... ##........"},
+        {"0,0 9,0 0,4", kAll, 0, 0, "#########. #######... ####...... ##........"},
         // The x offset is 14.18 fixed point, the y offset whole pixels.
-        {kTriangle, kAll, 262144, 0,
+        {triangle, kAll, 262144, 0,
          ".########. .#######.. .######... .#####.... .####..... .###...... .##....... .#........"},
-        {kTriangle, kAll, 0, 1,
+        {triangle, kAll, 0, 1,
          ".......... ########.. #######... ######.... #####..... "
          "####...... ###....... ##........ #........."},
-        {kTriangle,
-         {2, 2, 6, 6},
-         0,
-         0,
+        {triangle, kInner, 0, 0,
          ".......... .......... ..####.... ..###..... ..##...... ..#......."},
         // A clip beyond the image is held to it.
-        {{{-20, -20}, {30, -20}, {30, 30}, {-20, 30}},
-         {-50, -50, 50, 50},
-         0,
-         0,
+        {"-20,-20 30,-20 30,30 -20,30", kBeyond, 0, 0,
          "########## ########## ########## ########## ########## "
          "########## ########## ########## ########## ##########"},
         // No points, horizontal edges only, an empty clip.
-        {{}, kAll, 0, 0, ""},
-        {{{1, 3}, {8, 3}}, kAll, 0, 0, ""},
-        {kTriangle, {5, 5, 5, 9}, 0, 0, ""},
+        {"", kAll, 0, 0, ""},
+        {"1,3 8,3", kAll, 0, 0, ""},
+        {triangle, {5, 5, 5, 9}, 0, 0, ""},
     };
     // Rows below those given are empty.
     const std::string blank = test::picture(test::blank_alpha(10, 10).get());
     for (const Case &c : cases) {
-        const test::Image image = fill(c.points, c.clip, c.x_offset, c.y_offset);
+        const test::Image image = fill(points_of(c.points), c.clip, c.x_offset, c.y_offset);
         EXPECT_EQ(test::picture(image.get()), c.top_rows + blank.substr(c.top_rows.size()))
-            << c.points.size() << " points";
+            << c.points;
     }
 }
 

@@ -6,21 +6,6 @@ namespace {
 
 using namespace test;
 
-const xc_scale_func kDrawers[] = {xc_scale_linear, xc_image_scale_down_x, xc_image_scale_down_y,
-                                  xc_image_scale_down_xy};
-
-TEST(Smoothing, ConstantImageStaysConstant) {
-    std::vector<uint16_t> words(12 * 9, 0xA5F3);
-    const Image rgb16{xc_image_new_from_data(12, 9, words.data(), 16, 0, 1)};
-    const Image rgb32 = canvas(12, 9, 0xFF5A3C1Eu);
-    // 0xA5F3 unpacks to red 0xA0, green 0xBC, blue 0x98, alpha 0.
-    for (const auto &[src, colour] : {std::pair{rgb32.get(), 0xFF5A3C1E}, {rgb16.get(), 0xA0BC98}})
-        for (const xc_scale_func &fn : kDrawers)
-            for (const auto &[w, h] : {std::pair{1, 1}, {3, 7}, {5, 4}, {17, 5}, {40, 33}})
-                EXPECT_EQ(drawn(fn, src, {0, 0, 12, 9}, w, h), Words(size_t(w * h), colour))
-                    << (fn == xc_scale_linear ? "linear" : "box") << " " << w << "x" << h;
-}
-
 Words greys(const std::vector<uint32_t> &levels) {
     Words out;
     for (uint32_t g : levels) out.push_back(grey(g));
