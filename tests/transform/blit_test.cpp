@@ -82,90 +82,6 @@ TEST(BlitSingleColour, ReadsAThirtyTwoBitWordEvenFromASixteenBitImage) {
     }
 }
 
-TEST(Blit, NothingForEmptyRectanglesMissingPixelsOrAMissedClip) {
-    const Image src = canvas(4, 4, 0xFF0000FFu), empty{xc_image_new()};
-    empty->width = empty->height = 4;
-    const xg_area clip{0, 0, 4, 4};
-    // Source size, destination corner and size; the 8 x 8 one from an image
-    // without pixels.
-    const int32_t args[][6] = {{0, 4, 0, 0, 4, 4},  {4, 0, 0, 0, 4, 4}, {4, 4, 0, 0, 0, 4},
-                               {4, 4, 0, 0, 4, -1}, {4, 4, 4, 0, 4, 4}, {4, 4, -4, 0, 4, 4},
-                               {4, 4, 0, 4, 4, 4},  {4, 4, 0, 0, 8, 8}};
-    for (const auto &a : args) {
-        const Image dst = canvas(4, 4, 0u);
-        xc_image *from = a[4] == 8 ? empty.get() : src.get();
-        xc_image_blit(from, dst.get(), &clip, 0, 0, a[0], a[1], a[2], a[3], a[4], a[5], 1, kWhite);
-        EXPECT_EQ(all(dst.get()), Words(16, 0u)) << a[0] << "x" << a[1] << " at " << a[2];
-    }
-}
-
-TEST(Blit, DrawsTheClippedPartWithTheDrawerForTheSizes) {
-    constexpr uint32_t g100 = 0xFF646464, g200 = 0xFFC8C8C8;
-    struct Case {
-        Words src;
-        int32_t w;
-        xg_rect s, d;
-        xg_area clip;
-        Words want;
-        uint32_t mod;
-    };
-    const Case cases[] = {
-        // No scale: the clipped part lands at the right offset.
-        {{1, 2, 3, 4, 5, 6},
-         3,
-         {0, 0, 3, 2},
-         {1, 1, 3, 2},
-         {2, 1, 4, 3},
-         {0, 0, 0, 0, 0, 0, 2, 3, 0, 0, 5, 6},
-         kWhite},
-        // Modulated by the modulating span function: red 128 x 255 >> 8 =
-        // 127, times alpha 127 >> 8 = 63; the canvas keeps alpha 0.
-        {{0xFF808080, 0xFF808080},
-         2,
-         {0, 0, 2, 1},
-         {0, 0, 2, 1},
-         {0, 0, 2, 1},
-         {0x3F0000, 0x3F0000},
-         0x80FF0000},
-        // One column interpolated down at step 0.5, each row filled; the
-        // opaque source's alpha byte is kept from the previous working pixel.
-        {{0xFF000000, g200},
-         1,
-         {0, 0, 1, 2},
-         {0, 0, 2, 3},
-         {0, 0, 2, 3},
-         {0xFF000000, 0xFF000000, g100, g100, g200, g200},
-         kWhite},
-        // Equal heights copy each source row.
-        {{1, 2, 3}, 1, {0, 0, 1, 3}, {0, 0, 2, 3}, {0, 1, 2, 3}, {0, 0, 2, 2, 3, 3}, kWhite},
-        // One row interpolated once for all rows; an opaque source's alpha
-        // byte is not interpolated, so the working pixel's initial 0 stays.
-        {{0xFF000000, g100, g200},
-         3,
-         {0, 0, 3, 1},
-         {0, 0, 5, 2},
-         {0, 0, 5, 2},
-         {0, 0x323232, 0x646464, 0x969696, 0xC8C8C8, 0, 0x323232, 0x646464, 0x969696, 0xC8C8C8},
-         kWhite},
-        // Equal widths draw straight from the source.
-        {{1, 2, 3, 4, 5, 6, 7, 8},
-         4,
-         {1, 1, 3, 1},
-         {0, 0, 3, 3},
-         {1, 0, 3, 3},
-         {0, 7, 8, 0, 7, 8, 0, 7, 8},
-         kWhite},
-    };
-    for (const Case &c : cases) {
-        const Image src = canvas(c.w, int32_t(c.src.size()) / c.w, c.src);
-        const Image dst = canvas(c.d.x + c.d.w, c.d.y + c.d.h, 0u);
-        const xg_rect &s = c.s, &d = c.d;
-        xc_image_blit(src.get(), dst.get(), &c.clip, s.x, s.y, s.w, s.h, d.x, d.y, d.w, d.h, 0,
-                      c.mod);
-        EXPECT_EQ(all(dst.get()), c.want) << c.s.w << "x" << c.s.h << " to " << c.d.w;
-    }
-}
-
 // Rows padded by one word: the whole-block shortcut copies the padding as
 // pixels, so its single run leaves the last pixel of the last row unwritten.
 Image padded(uint32_t base) {
@@ -186,25 +102,9 @@ TEST(BlitNoScale, FullWidthBetweenLikeImagesIsOneRun) {
     EXPECT_EQ(all(other.get()), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
 }
 
-TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
-    const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    struct Case {
-        int32_t w, h;
-        Words columns, rows;
-    };
-    const Case cases[] = {
-        {7, 7, {0, 0, 1, 1, 2, 2, 3}, {0, 0, 1, 1, 2, 2, 3}},
-        {3, 3, {0, 1, 3}, {0, 1, 2}},
-        {1, 2, {0}, {0, 2}},
-    };
-    for (const Case &c : cases) {
-        const Words out = drawn(xc_scale_sample, src.get(), {0, 0, 4, 4}, c.w, c.h);
-        Words columns(out.begin(), out.begin() + c.w), rows;
-        for (uint32_t &v : columns) v &= 0xFF;
-        for (int32_t y = 0; y < c.h; ++y) rows.push_back(out[size_t(y * c.w)] >> 8);
-        EXPECT_EQ(std::pair(columns, rows), std::pair(c.columns, c.rows)) << c.w << "x" << c.h;
-    }
+TEST(BlitSample, SixteenBitDrawerSteps32BitWordsByWidth) {
     // Straight to 16 bits, words move with rows pitched at width x 4 bytes.
+    const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
     const xg_area clip{1, 1, 7, 3};
     EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
               (Words{0, 0,     0,     0,     0,     0,     0,
@@ -216,36 +116,6 @@ TEST(BlitSample, ColumnsMapEndToEndRowsSizeOverSize) {
     const Image wide{xc_image_new_with_data(2, 4, padded.data(), 1, 0, 1, 12)};
     EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, wide.get(), {0, 1, 2, 3}, 2, 2),
               (Words{3, 4, 5, 6}));
-}
-
-TEST(BlitSelection, PicksTheDrawerBySizesAndSmoothing) {
-    const Image src = painted(100, 100, [](int x, int y) {
-        return 0xFF000000u | uint32_t((x * 37 + y * 11) & 0xFF) << 8 | uint32_t((x * y) & 0xFF);
-    });
-    struct Case {
-        int32_t sw, sh, dw, dh, smooth;
-        xc_scale_func want, differs_from;
-    };
-    const Case cases[] = {
-        {100, 100, 100, 100, 1, xc_scale_noscale, nullptr},
-        {1, 100, 3, 40, 1, xc_scale_h, xc_scale_sample},
-        {100, 1, 40, 3, 1, xc_scale_v, xc_scale_sample},
-        {100, 100, 40, 60, 0, xc_scale_sample, xc_scale_smooth},
-        {100, 100, 40, 60, 1, xc_image_scale_down_x, xc_scale_linear},
-        {100, 100, 60, 40, 1, xc_image_scale_down_y, xc_scale_linear},
-        {100, 100, 40, 40, 1, xc_image_scale_down_xy, xc_image_scale_down_x},
-        {100, 100, 50, 50, 1, xc_scale_linear, xc_image_scale_down_xy},
-        {100, 100, 150, 130, 1, xc_scale_linear, xc_scale_sample},
-    };
-    for (const Case &c : cases) {
-        const Image dst = canvas(c.dw, c.dh, 0u);
-        const xg_area clip{0, 0, c.dw, c.dh}, s{0, 0, c.sw, c.sh};
-        xc_image_blit(src.get(), dst.get(), &clip, 0, 0, c.sw, c.sh, 0, 0, c.dw, c.dh, c.smooth,
-                      kWhite);
-        const Words got = all(dst.get());
-        EXPECT_EQ(got, drawn(c.want, src.get(), s, c.dw, c.dh)) << c.dw << "x" << c.dh;
-        EXPECT_TRUE(!c.differs_from || got != drawn(c.differs_from, src.get(), s, c.dw, c.dh));
-    }
 }
 
 struct Rect {
@@ -260,9 +130,19 @@ Words blit(const xc_image *src, const Rect &r, int smooth, int32_t w = 20, int32
     return all(dst.get());
 }
 
-TEST(Blit, SourceAreasClippedToNothingOrEndsPastInt32DrawNothing) {
-    const Image src = canvas(10, 10, 0xFF555555u), flat{xc_image_create(10, 0)};
+TEST(Blit, EmptyOrMissedRectanglesAndAreasClippedToNothingDrawNothing) {
+    const Image src = canvas(10, 10, 0xFF555555u), flat{xc_image_create(10, 0)},
+                empty{xc_image_new()};
+    empty->width = empty->height = 4;
     const Rect cases[] = {
+        // Empty source or destination sizes; destinations past the clip.
+        {0, 0, 0, 4, 0, 0, 4, 4},
+        {0, 0, 4, 0, 0, 0, 4, 4},
+        {0, 0, 4, 4, 0, 0, 0, 4},
+        {0, 0, 4, 4, 0, 0, 4, -1},
+        {0, 0, 4, 4, 20, 0, 4, 4},
+        {0, 0, 4, 4, -4, 0, 4, 4},
+        {0, 0, 4, 4, 0, 20, 4, 4},
         // Starting at the right edge, sampled and smoothed; one pixel wide
         // just below; one pixel high just right.
         {10, 0, 3, 10, 0, 0, 7, 10},
@@ -277,8 +157,9 @@ TEST(Blit, SourceAreasClippedToNothingOrEndsPastInt32DrawNothing) {
     };
     for (const Rect &r : cases)
         for (int smooth : {0, 1}) EXPECT_EQ(blit(src.get(), r, smooth), Words(400, 0u)) << r.sx;
-    // A source of height 0 has a block of 0 bytes.
-    EXPECT_EQ(blit(flat.get(), {0, 0, 3, 3, 0, 0, 7, 7}, 0), Words(400, 0u));
+    // A source of height 0 has a block of 0 bytes; one without pixels none.
+    for (const xc_image *from : {flat.get(), empty.get()})
+        EXPECT_EQ(blit(from, {0, 0, 3, 3, 0, 0, 7, 7}, 0), Words(400, 0u));
 }
 
 TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
@@ -358,16 +239,16 @@ TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
     }
 }
 
-const xc_scale_func kEveryDrawer[] = {xc_scale_noscale,
-                                      xc_scale_sample,
-                                      xc_scale_sample_rgb16_to_rgb16,
-                                      xc_scale_h,
-                                      xc_scale_v,
-                                      xc_scale_smooth,
-                                      xc_scale_linear,
-                                      xc_image_scale_down_x,
-                                      xc_image_scale_down_y,
-                                      xc_image_scale_down_xy};
+const xc_scale_func kDrawers[] = {xc_scale_noscale,
+                                  xc_scale_sample,
+                                  xc_scale_sample_rgb16_to_rgb16,
+                                  xc_scale_h,
+                                  xc_scale_v,
+                                  xc_scale_smooth,
+                                  xc_scale_linear,
+                                  xc_image_scale_down_x,
+                                  xc_image_scale_down_y,
+                                  xc_image_scale_down_xy};
 
 TEST(Drawers, InconsistentAreasDrawNothingAndAClipPastTheImageIsHeld) {
     const Image src =
@@ -384,19 +265,19 @@ TEST(Drawers, InconsistentAreasDrawNothingAndAClipPastTheImageIsHeld) {
         {{9, 9, 20, 20}, {0, 0, 8, 8}, {0, 0, 20, 20}},  // clip off the image
     };
     const xg_area whole{0, 0, 6, 6}, beyond{-2, -2, 6, 6};
-    for (const xc_scale_func &fn : kEveryDrawer) {
+    for (const xc_scale_func &fn : kDrawers) {
         for (const auto &c : nothing) {
             const Image dst = canvas(8, 8, 7u);
             fn(src.get(), dst.get(), &c.clip, &c.s, &c.d, kWhite);
-            EXPECT_EQ(all(dst.get()), Words(64, 7u)) << &fn - kEveryDrawer << ": " << c.s.x1;
+            EXPECT_EQ(all(dst.get()), Words(64, 7u)) << &fn - kDrawers << ": " << c.s.x1;
         }
         // A clip reaching past the image draws what lies on it.
         const Image held = canvas(8, 8, 7u), want = canvas(8, 8, 7u);
         const xg_area s{0, 0, 8, 8}, d = beyond;
         fn(src.get(), held.get(), &beyond, &s, &d, kWhite);
         fn(src.get(), want.get(), &whole, &s, &d, kWhite);
-        EXPECT_EQ(all(held.get()), all(want.get())) << &fn - kEveryDrawer;
-        EXPECT_NE(all(want.get()), Words(64, 7u)) << &fn - kEveryDrawer;
+        EXPECT_EQ(all(held.get()), all(want.get())) << &fn - kDrawers;
+        EXPECT_NE(all(want.get()), Words(64, 7u)) << &fn - kDrawers;
     }
 }
 
