@@ -8,11 +8,6 @@
 #include "file_support.hpp"
 #include "loaders/image_archive.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::prepare_file_target();
-    return 0;
-}
-
 namespace {
 
 // Up to `most` names from the index as the archive lays it out: "IMGARCH0",

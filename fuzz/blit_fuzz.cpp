@@ -3,11 +3,6 @@
 // destination sometimes one image.
 #include "fuzz_images.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::silence();
-    return 0;
-}
-
 namespace {
 
 const xc_scale_func kDrawers[] = {xc_scale_noscale,

@@ -10,11 +10,6 @@
 #error "FBC_FUZZ_SUFFIX names the decoder's suffix"
 #endif
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::prepare_file_target();
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     // The type guess reads a header of up to 6 bytes or up to a zero byte.
     char header[8] = {};

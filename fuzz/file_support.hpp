@@ -13,15 +13,12 @@
 
 #include "fuzz_support.hpp"
 
-namespace fuzz {
+// A decode limit of 2 Mi pixels instead of 64 Mi: an input may still make
+// 8 MiB images, above the size (1 Mi pixels) from which the decoders check
+// headers against their files, but each run stays fast.
+extern "C" void fuzz_set_up() { xc_image_set_decode_limit(int64_t{1} << 18); }
 
-// Silence, and a decode limit of 2 Mi pixels instead of 64 Mi: an input
-// may still make 8 MiB images, above the size (1 Mi pixels) from which the
-// decoders check headers against their files, but each run stays fast.
-inline void prepare_file_target() {
-    silence();
-    xc_image_set_decode_limit(int64_t{1} << 18);
-}
+namespace fuzz {
 
 // A folder of this process's own, in /dev/shm when there is one (no disk
 // writes per input), removed when the process exits normally.
@@ -47,19 +44,21 @@ inline std::string write_scratch(const char *name, const uint8_t *data, size_t s
     return path;
 }
 
+// Row y of a decoded image: 32-bit pixels whatever its depth says.
+inline const uint32_t *row(const xc_image *image, int32_t y) {
+    return reinterpret_cast<const uint32_t *>(image->data + size_t(y) * size_t(image->rowstride));
+}
+
 // Where touch_pixels leaves its sum, so that the reads are not optimised away.
 inline volatile uint32_t touched_sum = 0;
 
 // Reads every pixel, so that the sanitizers see any pixel the decoder left
-// unallocated; decoded images have 32-bit pixels whatever their depth says.
+// unallocated.
 inline void touch_pixels(const xc_image *image) {
     if (!image->data) return;
     uint32_t sum = 0;
-    for (int32_t y = 0; y < image->height; ++y) {
-        const auto *row = reinterpret_cast<const uint32_t *>(
-            image->data + static_cast<size_t>(y) * static_cast<size_t>(image->rowstride));
-        for (int32_t x = 0; x < image->width; ++x) sum += row[x];
-    }
+    for (int32_t y = 0; y < image->height; ++y)
+        for (int32_t x = 0; x < image->width; ++x) sum += row(image, y)[x];
     touched_sum = sum;
 }
 
@@ -69,10 +68,7 @@ inline bool same_pixels(const xc_image *a, const xc_image *b) {
         a->has_alpha != b->has_alpha)
         return false;
     for (int32_t y = 0; y < a->height; ++y)
-        if (std::memcmp(a->data + static_cast<size_t>(y) * static_cast<size_t>(a->rowstride),
-                        b->data + static_cast<size_t>(y) * static_cast<size_t>(b->rowstride),
-                        static_cast<size_t>(a->width) * 4) != 0)
-            return false;
+        if (std::memcmp(row(a, y), row(b, y), static_cast<size_t>(a->width) * 4) != 0) return false;
     return true;
 }
 

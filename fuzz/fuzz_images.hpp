@@ -51,7 +51,6 @@ public:
     Images &operator=(const Images &) = delete;
     ~Images() {
         for (xc_image *image : images_) xc_image_unref(image);
-        for (void *buffer : buffers_) std::free(buffer);
     }
 
     xc_image *make(Input &in) {
@@ -107,10 +106,7 @@ private:
     }
 
     void *buffer(int64_t bytes) {
-        if (bytes <= 0) return nullptr;
-        void *p = std::calloc(static_cast<size_t>(bytes), 1);
-        buffers_.push_back(p);
-        return p;
+        return bytes > 0 ? buffers_.emplace_back(static_cast<size_t>(bytes)).data() : nullptr;
     }
 
     // Known pixels, with alpha bytes of 0, 255 and in between.
@@ -121,7 +117,7 @@ private:
     }
 
     std::vector<xc_image *> images_;
-    std::vector<void *> buffers_;
+    std::vector<std::vector<uint8_t>> buffers_;  // zeroed, freed after the images
 };
 
 }  // namespace fuzz

@@ -1,5 +1,7 @@
-// What the fuzz targets share: silence for the library's diagnostics, and
-// a reader that takes typed values off the front of the input.
+// What every fuzz target shares: its start, which silences the library's
+// diagnostics, and a reader that takes typed values off the front of the
+// input. Included by the target's one source file, which it gives its
+// LLVMFuzzerInitialize.
 #pragma once
 
 #include <cstddef>
@@ -8,12 +10,17 @@
 
 #include "fbcompose/fbcompose.h"
 
-namespace fuzz {
+// A target with more to set up (fonts, limits) defines this; it runs last.
+extern "C" __attribute__((weak)) void fuzz_set_up();
 
 // Diagnostics are expected by the thousand and would only slow the run.
-inline void silence() {
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     xc_set_log_func([](const char *, int, void *) {}, nullptr);
+    if (fuzz_set_up) fuzz_set_up();
+    return 0;
 }
+
+namespace fuzz {
 
 // Values off the front of the input; once it runs dry every value is 0.
 class Input {

@@ -3,20 +3,23 @@
 // sanitizers, the device under emulation) without libFuzzer. An input that
 // makes the process grow past kMaxResidentKiB fails the run: a finding that
 // once asked for gigabytes stays bounded.
-#include <dirent.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
-extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int *argc, char ***argv);
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 namespace {
+
+namespace fs = std::filesystem;
 
 // Far above what any kept input may need (a few MiB of pixels, plus what
 // the sanitizers or the emulator add), far below the gigabytes of a
@@ -28,44 +31,33 @@ long peak_resident_kib() {
     return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
-bool read_file(const std::string &path, std::vector<uint8_t> &bytes) {
-    FILE *file = std::fopen(path.c_str(), "rb");
-    if (!file) return false;
-    bytes.clear();
-    uint8_t block[65536];
-    for (size_t n; (n = std::fread(block, 1, sizeof block, file)) > 0;)
-        bytes.insert(bytes.end(), block, block + n);
-    std::fclose(file);
-    return true;
-}
-
-// The files of a folder in name order (recursively), or the path itself.
-void collect(const std::string &path, std::vector<std::string> &files) {
-    struct stat info;
-    if (stat(path.c_str(), &info) != 0) return;
-    if (!S_ISDIR(info.st_mode)) {
-        files.push_back(path);
+// The files under a folder in path order, hidden ones left out, or the path
+// itself; nothing for a path that does not exist.
+void collect(const fs::path &path, std::vector<fs::path> &files) {
+    std::error_code error;
+    if (!fs::is_directory(path, error)) {
+        if (fs::exists(path, error)) files.push_back(path);
         return;
     }
-    DIR *dir = opendir(path.c_str());
-    if (!dir) return;
-    std::vector<std::string> names;
-    while (const dirent *entry = readdir(dir))
-        if (entry->d_name[0] != '.') names.emplace_back(entry->d_name);
-    closedir(dir);
-    std::sort(names.begin(), names.end());
-    for (const std::string &name : names) collect(path + "/" + name, files);
+    std::vector<fs::path> found;
+    for (auto it = fs::recursive_directory_iterator(path, error); it != fs::end(it); ++it) {
+        if (it->path().filename().string()[0] == '.') it.disable_recursion_pending();
+        else if (!it->is_directory()) found.push_back(it->path());
+    }
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
-    if (LLVMFuzzerInitialize) LLVMFuzzerInitialize(&argc, &argv);
-    std::vector<std::string> files;
+    LLVMFuzzerInitialize(&argc, &argv);
+    std::vector<fs::path> files;
     for (int i = 1; i < argc; ++i) collect(argv[i], files);
-    std::vector<uint8_t> bytes;
-    for (const std::string &file : files) {
-        if (!read_file(file, bytes)) {
+    for (const fs::path &file : files) {
+        std::ifstream in(file, std::ios::binary);
+        const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(in), {}};
+        if (!in) {
             std::fprintf(stderr, "replay: cannot read %s\n", file.c_str());
             return 1;
         }

@@ -3,11 +3,6 @@
 // arbitrary rectangles.
 #include "fuzz_images.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::silence();
-    return 0;
-}
-
 namespace {
 
 void polygon(fuzz::Input &in, xc_image *image, const xg_area &clip) {

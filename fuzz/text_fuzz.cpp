@@ -11,15 +11,13 @@ xc_font *fonts[4];
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::silence();
+extern "C" void fuzz_set_up() {
     xc_font_init();
     // Loaded once: the fonts and their glyph caches live for the process.
     fonts[0] = xc_font_load(kSans, 1, 0, 0);
     fonts[1] = xc_font_load(kSans, 9, 0, 0);
     fonts[2] = xc_font_load(kSans, 16, 0, 0);
     fonts[3] = xc_font_load(kSans, 40, 2, 1);
-    return 0;
 }
 
 namespace {

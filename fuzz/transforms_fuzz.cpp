@@ -6,11 +6,6 @@
 
 #include "fuzz_images.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::silence();
-    return 0;
-}
-
 namespace {
 
 // A small target side, or one so large (2^27 or more) or negative that the

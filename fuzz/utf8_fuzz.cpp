@@ -9,11 +9,6 @@
 
 #include "fuzz_support.hpp"
 
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    fuzz::silence();
-    return 0;
-}
-
 namespace {
 
 void step_through(const std::string &text) {

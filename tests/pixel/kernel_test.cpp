@@ -1,8 +1,8 @@
 // Every kernel of the tables, its reference and each variant this CPU runs,
 // against the per-pixel model and so against each other: exhaustively where
 // the inputs are few, over every count from 0 to 70 at each start offset with
-// guard words around the run, at every dither phase and rotation; then
-// relations between calls.
+// guard words around the run, at every dither phase and rotation. Relations
+// between calls (round trips, pieces against the whole) follow from the model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -363,11 +363,6 @@ const auto kCaseName = [](const auto &test) { return test.param.name; };
 INSTANTIATE_TEST_SUITE_P(Table, Kernels, testing::ValuesIn(all_cases()), kCaseName);
 INSTANTIATE_TEST_SUITE_P(Table, Spans, testing::ValuesIn(span_cases()), kCaseName);
 
-const Case &kernel(std::string_view name) {
-    static const std::vector<Case> cases = all_cases();
-    return *std::find_if(cases.begin(), cases.end(), [&](const Case &k) { return k.name == name; });
-}
-
 // Every grey level at every matrix entry, in every rotation: row y of the
 // source holds level y / 4.
 TEST(Converters, EveryLevelAtEveryThreshold) {
@@ -379,57 +374,6 @@ TEST(Converters, EveryLevelAtEveryThreshold) {
             check(k, {12, 1024}, {}, src, {}, Buffer<decltype(dst)>(src.size()));
         });
     }
-}
-
-// Every RGB565 word widens and packs back unchanged.
-TEST(Relations, Rgb565RoundTrip) {
-    Buffer<uint16_t> words(65536), back(65536);
-    Buffer<uint32_t> wide(65536);
-    for (uint32_t v = 0; v < 65536; ++v) words[v] = uint16_t(v);
-    xc_copy_pixels_16_to_rgb(words.data(), wide.data(), 65536, 0);
-    xc_copy_pixels_rgba_to_16(wide.data(), back.data(), 65536, 0);
-    EXPECT_TRUE(same_pixels(words, back));
-}
-
-// Converting the output's left part and then its right part, with the phase
-// moved by the part's width, gives the same pixels as one pass.
-TEST(Relations, TwoPartsWithShiftedPhaseEqualOnePass) {
-    const int w = 13, h = 9, src_skip = 2, dst_skip = 1, stride = w + src_skip;
-    std::mt19937 rng(5);
-    const auto src = random_words(rng, size_t(h * stride));
-    for (const char *name :
-         {"xc_convert_rgba_to_16", "xc_convert_rgba_to_16_90", "xc_convert_rgba_to_16_270",
-          "xc_convert_rgba_to_18", "xc_convert_rgba_to_18_90", "xc_convert_rgba_to_18_270"}) {
-        const Case &k = kernel(name);
-        const int rotation = k.model.rotation, out_w = rotation ? h : w, out_h = rotation ? w : h;
-        for (const Candidate &candidate : k.candidates) {
-            Buffer<uint32_t> whole(size_t(out_h * (out_w + dst_skip))), parts = whole;
-            call(candidate.run, {w, h, src_skip, dst_skip}, {.dx = 3, .dy = 1}, src.data(), nullptr,
-                 whole.data());
-            // Output columns [from, from + n) come from source columns, or rows when rotated.
-            const auto convert_part = [&](int from, int n) {
-                const int first = rotation == 90 ? h - from - n : from;
-                const uint32_t *part = src.data() + (rotation ? first * stride : from);
-                const Shape s = rotation ? Shape{w, n, src_skip, dst_skip + out_w - n}
-                                         : Shape{n, h, src_skip + w - n, dst_skip + out_w - n};
-                char *out = reinterpret_cast<char *>(parts.data()) + from * k.model.dst_bits / 8;
-                call(candidate.run, s, {.dx = 3 + from, .dy = 1}, part, nullptr, out);
-            };
-            convert_part(0, 5);
-            convert_part(5, out_w - 5);
-            EXPECT_TRUE(same_pixels(whole, parts)) << candidate.name;
-        }
-    }
-}
-
-TEST(Relations, Rotating90Then270GivesTheOriginal) {
-    std::mt19937 rng(9);
-    const auto src = random_words(rng, 7 * 5);
-    Buffer<uint32_t> turned(src.size()), back(src.size());
-    xc_convert_rgba_to_32_90(src.data(), turned.data(), 0, 0, 7, 5, 0, 0);
-    xc_convert_rgba_to_32_270(turned.data(), back.data(), 0, 0, 5, 7, 0, 0);
-    EXPECT_FALSE(same_pixels(src, turned));
-    EXPECT_TRUE(same_pixels(src, back));
 }
 
 }  // namespace
