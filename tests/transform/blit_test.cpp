@@ -3,13 +3,32 @@
 #include <cstring>
 #include <string>
 
-#include "drawn.hpp"
 #include "fbcompose/draw.h"
+#include "fbcompose/transform.h"
+#include "image_words.hpp"
 
 namespace {
 
 using namespace test;
 using Corners = std::array<int32_t, 4>;
+constexpr uint32_t kWhite = 0xFFFFFFFF;
+
+struct Rect {
+    int32_t sx, sy, sw, sh, dx, dy, dw, dh;
+};
+
+// Blits area r of src onto dst through a clip of all of dst.
+void blit(xc_image *src, xc_image *dst, const Rect &r, int smooth = 0, uint32_t colour = kWhite) {
+    const xg_area clip{0, 0, dst->width, dst->height};
+    xc_image_blit(src, dst, &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw, r.dh, smooth, colour);
+}
+
+// The words of a 20 x 20 black canvas after that blit.
+Words blitted(xc_image *src, const Rect &r, int smooth) {
+    const Image dst = canvas(20, 20, 0u);
+    blit(src, dst.get(), r, smooth);
+    return all(dst.get());
+}
 
 TEST(ScaleHandleClip, MovesDestinationEdgesByTheScaledOverhang) {
     struct Case {
@@ -60,24 +79,20 @@ TEST(BlitSingleColour, FillsTheDestinationWithTheUnpremultipliedPixel) {
     for (const Case &c : cases) {
         const Image src = canvas(3, 3, Words{0, 0, 0, 0, c.pixel, 0, 0, 0, 0});
         const Image dst = blank_alpha(12, 12), want = blank_alpha(12, 12);
-        xc_image_blit(src.get(), dst.get(), &clip, 1, 1, 1, 1, 1, 1, 10, 10, 0, c.modulation);
+        blit(src.get(), dst.get(), {1, 1, 1, 1, 1, 1, 10, 10}, 0, c.modulation);
         // Colour c blended over transparent black stores its premultiplied
         // bytes: compare with the same fill drawn directly.
         xg_area area{1, 1, 11, 11};
         xc_rectangle_draw(want.get(), &clip, &area, c.expected);
         EXPECT_EQ(all(dst.get()), all(want.get())) << std::hex << c.pixel;
     }
-}
-
-TEST(BlitSingleColour, ReadsAThirtyTwoBitWordEvenFromASixteenBitImage) {
+    // A 16-bit source is read a 32-bit word at a time: 0xFF123456 at offset
+    // 0, premultiplied by the fill; a word past the pixel block draws nothing.
     std::vector<uint16_t> words{0x3456, 0xFF12, 0x0000, 0x0000};
-    const Image src{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
-    const xg_area clip{0, 0, 2, 2};
-    // The word 0xFF123456 read at offset 0, premultiplied by the fill; a
-    // position whose word lies past the pixel block draws nothing.
+    const Image rgb16{xc_image_new_from_data(2, 2, words.data(), 16, 0, 1)};
     for (const auto &[x, want] : {std::pair{0, 0xFF113355u}, {1, 0u}}) {
         const Image dst = canvas(2, 2, 0u);
-        xc_image_blit(src.get(), dst.get(), &clip, x, x, 1, 1, 0, 0, 2, 2, 0, kWhite);
+        blit(rgb16.get(), dst.get(), {x, x, 1, 1, 0, 0, 2, 2});
         EXPECT_EQ(all(dst.get()), Words(4, want)) << x;
     }
 }
@@ -93,20 +108,24 @@ Image padded(uint32_t base) {
 
 TEST(BlitNoScale, FullWidthBetweenLikeImagesIsOneRun) {
     const Image src = padded(0xFF000000u), dst = padded(0), other = canvas(2, 2, 0u);
-    const xg_area clip{0, 0, 2, 2};
-    xc_image_blit(src.get(), dst.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
+    blit(src.get(), dst.get(), {0, 0, 2, 2, 0, 0, 2, 2});
     const auto *d = reinterpret_cast<uint32_t *>(dst->data);
     EXPECT_EQ(Words(d, d + 6), (Words{0xFF000000, 0xFF000001, 0xFF000002, 0xFF000003, 4, 5}));
     // Unequal row pitches: row by row, padding untouched.
-    xc_image_blit(src.get(), other.get(), &clip, 0, 0, 2, 2, 0, 0, 2, 2, 0, kWhite);
+    blit(src.get(), other.get(), {0, 0, 2, 2, 0, 0, 2, 2});
     EXPECT_EQ(all(other.get()), (Words{0xFF000000, 0xFF000001, 0xFF000003, 0xFF000004}));
 }
 
 TEST(BlitSample, SixteenBitDrawerSteps32BitWordsByWidth) {
+    auto sampled = [](const xc_image *src, xg_area s, int32_t w, int32_t h, xg_area clip) {
+        const Image dst = canvas(w, h, 0u);
+        const xg_area whole{0, 0, w, h};
+        xc_scale_sample_rgb16_to_rgb16(src, dst.get(), &clip, &s, &whole, kWhite);
+        return all(dst.get());
+    };
     // Straight to 16 bits, words move with rows pitched at width x 4 bytes.
     const Image src = painted(4, 4, [](int x, int y) { return uint32_t(y << 8 | x); });
-    const xg_area clip{1, 1, 7, 3};
-    EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, src.get(), {0, 0, 4, 4}, 7, 3, &clip),
+    EXPECT_EQ(sampled(src.get(), {0, 0, 4, 4}, 7, 3, {1, 1, 7, 3}),
               (Words{0, 0,     0,     0,     0,     0,     0,
                      0, 0x100, 0x101, 0x101, 0x102, 0x102, 0x103,  //
                      0, 0x200, 0x201, 0x201, 0x202, 0x202, 0x203}));
@@ -114,20 +133,7 @@ TEST(BlitSample, SixteenBitDrawerSteps32BitWordsByWidth) {
     // rows below it by width x 4 bytes.
     Words padded{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
     const Image wide{xc_image_new_with_data(2, 4, padded.data(), 1, 0, 1, 12)};
-    EXPECT_EQ(drawn(xc_scale_sample_rgb16_to_rgb16, wide.get(), {0, 1, 2, 3}, 2, 2),
-              (Words{3, 4, 5, 6}));
-}
-
-struct Rect {
-    int32_t sx, sy, sw, sh, dx, dy, dw, dh;
-};
-
-Words blit(const xc_image *src, const Rect &r, int smooth, int32_t w = 20, int32_t h = 20) {
-    const Image dst = canvas(w, h, 0u);
-    const xg_area clip{0, 0, w, h};
-    xc_image_blit(const_cast<xc_image *>(src), dst.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy,
-                  r.dw, r.dh, smooth, kWhite);
-    return all(dst.get());
+    EXPECT_EQ(sampled(wide.get(), {0, 1, 2, 3}, 2, 2, {0, 0, 2, 2}), (Words{3, 4, 5, 6}));
 }
 
 TEST(Blit, EmptyOrMissedRectanglesAndAreasClippedToNothingDrawNothing) {
@@ -156,10 +162,10 @@ TEST(Blit, EmptyOrMissedRectanglesAndAreasClippedToNothingDrawNothing) {
         {0, 0, 5, 5, 10, 0, INT32_MAX, 5},
     };
     for (const Rect &r : cases)
-        for (int smooth : {0, 1}) EXPECT_EQ(blit(src.get(), r, smooth), Words(400, 0u)) << r.sx;
+        for (int smooth : {0, 1}) EXPECT_EQ(blitted(src.get(), r, smooth), Words(400, 0u)) << r.sx;
     // A source of height 0 has a block of 0 bytes; one without pixels none.
-    for (const xc_image *from : {flat.get(), empty.get()})
-        EXPECT_EQ(blit(from, {0, 0, 3, 3, 0, 0, 7, 7}, 0), Words(400, 0u));
+    for (xc_image *from : {flat.get(), empty.get()})
+        EXPECT_EQ(blitted(from, {0, 0, 3, 3, 0, 0, 7, 7}, 0), Words(400, 0u));
 }
 
 TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
@@ -179,9 +185,9 @@ TEST(Blit, ClippingNearTheInt32LimitsMatchesTheSameBlitInSmallNumbers) {
     };
     for (const auto &c : cases)
         for (int smooth : {0, 1}) {
-            const Words want = blit(src.get(), c.small, smooth);
+            const Words want = blitted(src.get(), c.small, smooth);
             EXPECT_NE(want, Words(400, 0u));
-            EXPECT_EQ(blit(src.get(), c.big, smooth), want) << c.big.sx << " smooth " << smooth;
+            EXPECT_EQ(blitted(src.get(), c.big, smooth), want) << c.big.sx << " smooth " << smooth;
         }
 }
 
@@ -228,14 +234,10 @@ TEST(BlitOntoItself, GivesTheResultOfCopyingTheSourceFirst) {
     };
     for (const Case &c : cases) {
         const Image self = make(c.kind), target = make(c.kind), source = make(c.kind);
-        const xg_area clip{0, 0, 40, 30};
-        const Rect &r = c.r;
-        xc_image_blit(self.get(), self.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw, r.dh,
-                      c.smooth, c.colour);
-        xc_image_blit(source.get(), target.get(), &clip, r.sx, r.sy, r.sw, r.sh, r.dx, r.dy, r.dw,
-                      r.dh, c.smooth, c.colour);
+        blit(self.get(), self.get(), c.r, c.smooth, c.colour);
+        blit(source.get(), target.get(), c.r, c.smooth, c.colour);
         EXPECT_EQ(block(self.get()), block(target.get()))
-            << r.sx << "," << r.sy << " to " << r.dx << "," << r.dy;
+            << c.r.sx << "," << c.r.sy << " to " << c.r.dx << "," << c.r.dy;
     }
 }
 
@@ -292,9 +294,8 @@ TEST(Blit, SpanFunctionsThatDoNotFitTheImagesStayInsideThem) {
         std::vector<uint16_t> exact(7 * 4, 0x1234), taller(7 * 5, 0x1234);
         const Image a{xc_image_new_from_data(7, 4, exact.data(), 16, 0, 1)};
         const Image b{xc_image_new_from_data(7, 5, taller.data(), 16, 0, 1)};
-        const xg_area clip{0, 0, 7, 4};
         for (xc_image *dst : {a.get(), b.get()})
-            xc_image_blit(src.get(), dst, &clip, 0, 0, 7 - x, 4, x, 0, 7 - x, 4, 0, kWhite);
+            blit(src.get(), dst, {0, 0, 7 - x, 4, x, 0, 7 - x, 4});
         EXPECT_EQ(exact, std::vector<uint16_t>(taller.begin(), taller.begin() + 28)) << x;
         EXPECT_NE(exact, std::vector<uint16_t>(28, 0x1234));
     }
@@ -302,9 +303,8 @@ TEST(Blit, SpanFunctionsThatDoNotFitTheImagesStayInsideThem) {
     // bits: nothing is drawn, and the program goes on.
     const Image low{xc_image_new_from_data(4, 4, nullptr, 8, 1, 0)}, opaque = canvas(4, 4, 9u);
     std::memset(low->data, 0, 64);
-    const xg_area clip{0, 0, 4, 4};
     testing::internal::CaptureStderr();
-    xc_image_blit(opaque.get(), low.get(), &clip, 0, 0, 4, 4, 0, 0, 4, 4, 0, kWhite);
+    blit(opaque.get(), low.get(), {0, 0, 4, 4, 0, 0, 4, 4});
     EXPECT_NE(testing::internal::GetCapturedStderr().find("depth 8"), std::string::npos);
     EXPECT_EQ(all(low.get()), Words(16, 0u));
 }

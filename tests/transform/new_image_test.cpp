@@ -6,7 +6,8 @@
 #include <functional>
 #include <string>
 
-#include "drawn.hpp"
+#include "fbcompose/transform.h"
+#include "image_words.hpp"
 
 namespace {
 
@@ -57,20 +58,20 @@ TEST(FitSize, GeometryOfEveryModeIsPrintedOnTheDebugLine) {
         {400, 100, 200, 100, "stretch", {100, 0, 200, 100, 0, 0, 200, 100}},
     };
     for (const Case &c : cases) {
-        const Image src = canvas(c.w0, c.h0, kWhite);
+        const Image src = canvas(c.w0, c.h0, 0xFF336699u);
         const auto [out, line] = fit(src.get(), c.w, c.h, c.mode);
         EXPECT_EQ(line, geometry(c.line)) << (c.mode ? c.mode : "null");
         ASSERT_NE(out, nullptr);
         EXPECT_EQ((std::array{out->width, out->height, out->ref}), (std::array{c.w, c.h, 1}));
         EXPECT_EQ(kind(out.get()), (Kind{1, 24, 0, 1}));
+        // The colour fills the destination area; matte bars are opaque black.
+        const auto &d = c.line;
+        const Image want = painted(c.w, c.h, [&d](int x, int y) {
+            const bool in = x >= d[4] && x < d[4] + d[6] && y >= d[5] && y < d[5] + d[7];
+            return in ? 0xFF336699u : 0xFF000000u;
+        });
+        EXPECT_EQ(all(out.get()), all(want.get())) << (c.mode ? c.mode : "null");
     }
-}
-
-TEST(FitSize, MatteBarsAreOpaqueBlack) {
-    const Image src = canvas(200, 100, 0xFF336699u);
-    const Image out = fit(src.get(), 100, 100, "matte").first;
-    for (int32_t y : {0, 24, 75, 99}) EXPECT_EQ(row(out.get(), y), Words(100, 0xFF000000u)) << y;
-    for (int32_t y : {25, 50, 74}) EXPECT_EQ(row(out.get(), y), Words(100, 0xFF336699u)) << y;
 }
 
 TEST(FitSize, SourceWithoutPixelsGivesBlackAfterTheDebugLine) {
@@ -87,11 +88,10 @@ TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
         int32_t degrees, w;
         Words expected;
     };
-    const Case cases[] = {
-        {0, 3, {1, 2, 3, 4, 5, 6}},    {90, 2, {4, 1, 5, 2, 6, 3}},  {180, 3, {6, 5, 4, 3, 2, 1}},
-        {270, 2, {3, 6, 2, 5, 1, 4}},  {-90, 2, {3, 6, 2, 5, 1, 4}}, {450, 2, {4, 1, 5, 2, 6, 3}},
-        {-720, 3, {1, 2, 3, 4, 5, 6}},
-    };
+    const Case cases[] = {{0, 3, {1, 2, 3, 4, 5, 6}},   {90, 2, {4, 1, 5, 2, 6, 3}},
+                          {180, 3, {6, 5, 4, 3, 2, 1}}, {270, 2, {3, 6, 2, 5, 1, 4}},
+                          {-90, 2, {3, 6, 2, 5, 1, 4}}, {450, 2, {4, 1, 5, 2, 6, 3}},
+                          {-720, 3, {1, 2, 3, 4, 5, 6}}};
     for (const Case &c : cases) {
         const Image out{xc_image_new_from_rotated_image(src.get(), c.degrees)};
         EXPECT_EQ(all(out.get()), c.expected) << c.degrees;
@@ -116,18 +116,15 @@ TEST(Rotate, QuarterTurnsPermuteExactlyAndKeepTheFormat) {
 
 TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
     const Image src = canvas(20, 10, 0x00406080u);  // opaque source: alpha byte ignored
-    struct Case {
-        int32_t degrees, w, h;
-    };
-    const Case cases[] = {{45, 22, 22}, {30, 23, 19}, {-30, 23, 19}, {135, 22, 22}, {1, 21, 11}};
-    for (const Case &c : cases) {
-        const Image out{xc_image_new_from_rotated_image(src.get(), c.degrees)};
-        EXPECT_EQ((std::array{out->width, out->height}), (std::array{c.w, c.h}));
+    for (const auto &[degrees, w, h] :
+         {std::array{45, 22, 22}, {30, 23, 19}, {-30, 23, 19}, {135, 22, 22}, {1, 21, 11}}) {
+        const Image out{xc_image_new_from_rotated_image(src.get(), degrees)};
+        EXPECT_EQ((std::array{out->width, out->height}), (std::array{w, h}));
         EXPECT_EQ(kind(out.get()), (Kind{0, 32, 1, 1}));
-        const uint32_t corners = at(out.get(), 0, 0) | at(out.get(), c.w - 1, c.h - 1);
-        EXPECT_TRUE(c.degrees == 1 || corners == 0) << c.degrees;
+        const uint32_t corners = at(out.get(), 0, 0) | at(out.get(), w - 1, h - 1);
+        EXPECT_TRUE(degrees == 1 || corners == 0) << degrees;
         // The interior of a constant opaque image stays exactly that colour.
-        EXPECT_EQ(at(out.get(), c.w / 2, c.h / 2), 0xFF406080u) << c.degrees;
+        EXPECT_EQ(at(out.get(), w / 2, h / 2), 0xFF406080u) << degrees;
         // Edges are antialiased: alpha somewhere strictly between 0 and 255,
         // and colour never exceeds alpha (premultiplied).
         bool partial = false;
@@ -135,7 +132,7 @@ TEST(Rotate, OtherAnglesFillTheBoundingBoxWithTransparentCorners) {
             partial |= v >> 24 > 0 && v >> 24 < 255;
             EXPECT_LE(v >> 16 & 0xFF, v >> 24);
         }
-        EXPECT_TRUE(partial) << c.degrees;
+        EXPECT_TRUE(partial) << degrees;
     }
     // A horizontal gradient turned by 1 degree: the box grows to 22 x 12, so
     // the middle row sits half a pixel left of the source's columns (5 grey
@@ -150,52 +147,54 @@ using Matrix = std::array<float, 16>;
 constexpr Matrix kIdentity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
 constexpr Matrix kGrey{0.299f, 0.299f, 0.299f, 0, 0.587f, 0.587f, 0.587f, 0,
                        0.114f, 0.114f, 0.114f, 0, 0,      0,      0,      0};
-constexpr int32_t kLow[3] = {0, 0, 0}, kHigh[3] = {255, 255, 255};
+using Bounds = std::array<int32_t, 3>;
+constexpr Bounds kLow{0, 0, 0}, kHigh{255, 255, 255};
 const Words kPixels{0xFF000000, 0x80FFFFFF, 0x40FA0A05, 0x00123456, 0xFF80C020, 0x11FFFFFF};
 
-Words transform(const Matrix &m, const int32_t lower[3], const Words &pixels = kPixels,
-                const int32_t upper[3] = kHigh) {
-    const Image src = canvas(3, 2, pixels);
-    const Image out{xc_image_new_from_color_transformed_image(src.get(), m.data(), lower, upper)};
-    return all(out.get());
+// m with entries set.
+Matrix with(Matrix m, std::initializer_list<std::pair<int, float>> entries) {
+    for (const auto &[i, v] : entries) m[size_t(i)] = v;
+    return m;
 }
 
-TEST(ColorTransform, GreyMatrixTakesTheFastPathAndKeepsAlpha) {
-    // Weights 19595, 38469 and 7471 over 65536, truncated.
-    const Words expected{0xFF000000, 0x80FEFEFE, 0x40515151, 0x002D2D2D, 0xFF9A9A9A, 0x11FEFEFE};
-    EXPECT_EQ(transform(kGrey, kLow), expected);
-    // The general path (a lower bound of -1 turns it on) agrees in range.
-    const int32_t low[3] = {-1, 0, 0};
-    EXPECT_EQ(transform(kGrey, low), expected);
-}
-
-TEST(ColorTransform, BiasesAreClampedAndWeightsTruncatedToSixteenBitFractions) {
-    Matrix grey_biased = kGrey, red_biased = kIdentity, fractions{};
-    grey_biased[12] = 100;  // the fast path clamps each channel after its bias
-    grey_biased[13] = -300;
-    red_biased[12] = 10;
-    // 0.99999 and 1.00001 become 65535 and 65536: 0 and 1; blue from red is
-    // (255 x 32768 + 32768) >> 16 = 128.
-    fractions[12] = 0.99999f;
-    fractions[13] = 1.00001f;
-    fractions[14] = 0.5f;
-    fractions[2] = 0.5f;
-    EXPECT_EQ(transform(grey_biased, kLow, Words(6, 0xFFC8C8C8u)), Words(6, 0xFFFF00C7u));
-    EXPECT_EQ(transform(red_biased, kLow, Words(6, 0x20FA0A05u)), Words(6, 0x20FF0A05u));
-    EXPECT_EQ(transform(red_biased, kLow, Words(6, 0x20100A05u)), Words(6, 0x201A0A05u));
-    EXPECT_EQ(transform(fractions, kLow, Words(6, 0xFFFF0000u)), Words(6, 0xFF000180u));
-}
-
-TEST(ColorTransform, LowerBoundWinsOverALowerUpperBound) {
-    const int32_t lower[3] = {0, 100, 0}, upper[3] = {255, 50, 255};
-    for (uint32_t p : transform(kIdentity, lower, kPixels, upper)) EXPECT_EQ(p >> 8 & 0xFF, 100u);
+TEST(ColorTransform, WeightsAndBiasesAreSixteenBitFractionsClampedToTheBounds) {
+    // Grey weights 19595, 38469 and 7471 over 65536, truncated; alpha kept.
+    const Words greyed{0xFF000000, 0x80FEFEFE, 0x40515151, 0x002D2D2D, 0xFF9A9A9A, 0x11FEFEFE};
+    const struct {
+        Matrix m;
+        Bounds lower, upper;
+        Words pixels, want;
+    } cases[] = {
+        {kGrey, kLow, kHigh, kPixels, greyed},
+        // The general path (a lower bound of -1 turns it on) agrees in range.
+        {kGrey, {-1, 0, 0}, kHigh, kPixels, greyed},
+        // The fast path clamps each channel after its bias.
+        {with(kGrey, {{12, 100}, {13, -300}}), kLow, kHigh, {0xFFC8C8C8u}, {0xFFFF00C7u}},
+        {with(kIdentity, {{12, 10}}), kLow, kHigh, {0x20FA0A05u}, {0x20FF0A05u}},
+        {with(kIdentity, {{12, 10}}), kLow, kHigh, {0x20100A05u}, {0x201A0A05u}},
+        // 0.99999 and 1.00001 become 65535 and 65536: 0 and 1; blue from red
+        // is (255 x 32768 + 32768) >> 16 = 128.
+        {with({}, {{12, 0.99999f}, {13, 1.00001f}, {14, 0.5f}, {2, 0.5f}}),
+         kLow,
+         kHigh,
+         {0xFFFF0000u},
+         {0xFF000180u}},
+        // A lower bound wins over a lower upper bound.
+        {kIdentity, {0, 100, 0}, {255, 50, 255}, {0xFF80C020u}, {0xFF806420u}},
+    };
+    for (const auto &c : cases) {
+        const Image src = canvas(int32_t(c.pixels.size()), 1, c.pixels);
+        const Image out{xc_image_new_from_color_transformed_image(src.get(), c.m.data(),
+                                                                  c.lower.data(), c.upper.data())};
+        EXPECT_EQ(all(out.get()), c.want) << std::hex << c.pixels[0];
+    }
 }
 
 TEST(ColorTransform, ResultIsANewOpaqueUncachedImageAndANullMatrixCopies) {
     const Image src = canvas(3, 2, kPixels);
     for (const float *m : {kIdentity.data(), static_cast<const float *>(nullptr)}) {
-        const Image out{xc_image_new_from_color_transformed_image(src.get(), m, m ? kLow : nullptr,
-                                                                  m ? kHigh : nullptr)};
+        const Image out{xc_image_new_from_color_transformed_image(
+            src.get(), m, m ? kLow.data() : nullptr, m ? kHigh.data() : nullptr)};
         ASSERT_NE(out, nullptr);
         EXPECT_EQ((std::array{out->ref, int(out->format), int(out->no_cache)}),
                   (std::array{1, 1, 1}));
@@ -217,7 +216,7 @@ TEST(NewImage, RefusedInputGivesNullAndSaysWhy) {
     const Image short_rows{xc_image_new_with_data(10, 2, words.data(), 0, 0, 1, 4)};
     const char *k32 = "no 32-bit pixels";
     const float *m = kIdentity.data();
-    const int32_t *low = kLow, *high = kHigh;
+    const int32_t *low = kLow.data(), *high = kHigh.data();
     const struct {
         std::function<xc_image *()> call;
         const char *message;

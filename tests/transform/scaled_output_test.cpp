@@ -8,7 +8,8 @@
 
 #include <algorithm>
 
-#include "drawn.hpp"
+#include "fbcompose/transform.h"
+#include "image_words.hpp"
 #include "seeded.hpp"
 
 namespace {
@@ -58,7 +59,7 @@ uint64_t blits(uint32_t seed, int32_t depth, int smooth) {
                       dy = rng.between(-dh / 2, kCanvas - 1);
         const int32_t x1 = rng.between(0, kCanvas - 1), y1 = rng.between(0, kCanvas - 1);
         const xg_area clip{x1, y1, rng.between(x1 + 1, kCanvas), rng.between(y1 + 1, kCanvas)};
-        const uint32_t colour = rng.below(2) ? kWhite : rng.color();
+        const uint32_t colour = rng.below(2) ? 0xFFFFFFFFu : rng.color();
         static constexpr int32_t kDepths[] = {24, 32, 16};
         Image dst{xc_image_new_from_data(kCanvas, kCanvas, nullptr, kDepths[rng.below(3)], 0, 0)};
         for (int32_t b = 0; b < dst->rowstride * kCanvas; ++b) dst->data[b] = uint8_t(rng.word());
