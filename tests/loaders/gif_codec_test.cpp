@@ -7,8 +7,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 struct GifFrame {
     int left, top, width, height;
     std::string indices;  // palette letters K, R, G, B (black, red, green, blue), rows run together

@@ -5,8 +5,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 // An archive holding the given files, data placed after the index.
 Bytes archive(const std::vector<std::pair<std::string, Bytes>> &files,
               const char *magic = "IMGARCH0") {

@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 class ImageSave : public ScratchDir {
 protected:
     int save(const Image &image, const std::string &name, const char *options = nullptr,
