@@ -45,13 +45,4 @@ TEST(Rect, CrossingAndIntersectionOfTouchingAndHugeRectangles) {
     }
 }
 
-TEST(Image, PointerStepsTwoBytesAtDepth16AndFourAtEveryOtherDepth) {
-    for (const uint32_t format : {0u, 2u, 3u}) {  // 24-bit format 2 too
-        xc_image *image = xc_image_new_with_data(10, 10, nullptr, format, 0, 0, 40);
-        const auto *p = static_cast<uint8_t *>(xc_image_pointer(image, 3, 2));
-        EXPECT_EQ(p - image->data, 80 + (format == 3 ? 6 : 12)) << format;
-        xc_image_unref(image);
-    }
-}
-
 }  // namespace

@@ -24,8 +24,9 @@ Bytes png_sized(uint8_t w_hi, uint8_t h_hi) {
 }
 
 Bytes wbmp_2048x1024(size_t row_bytes) {
-    Bytes out = {0, 0, 0x90, 0x00, 0x88, 0x00};
-    out.resize(out.size() + row_bytes, 0x55);
+    const uint8_t header[] = {0, 0, 0x90, 0x00, 0x88, 0x00};
+    Bytes out(sizeof header + row_bytes, 0x55);
+    std::copy(std::begin(header), std::end(header), out.begin());
     return out;
 }
 

@@ -5,19 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
 #include "fbcompose/log.h"
-#include "image_words.hpp"
+#include "image_words.hpp"  // also <cstdint>, <string>, <vector>
 
 namespace fbc_test {
 
