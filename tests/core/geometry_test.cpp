@@ -25,36 +25,23 @@ TEST(Area, CrossClampsInPlaceAndIntersectCollapsesDisjointAreas) {
     }
 }
 
-// Ends beyond the int32 range are compared as they are, not wrapped; the
-// width of crossing rectangles always fits.
+// Rows: a, b, whether they cross, the intersection and its result. Ends
+// beyond the int32 range are compared as they are, not wrapped; the width of
+// crossing rectangles always fits.
 TEST(Rect, CrossingAndIntersectionOfTouchingAndHugeRectangles) {
-    struct Case {
-        xg_rect a, b;
-        int cross;
-        xg_rect out;
-        int result;
+    const int32_t rows[][14] = {
+        {0, 0, 10, 10, 10, 0, 5, 5, 1, 10, 0, 0, 5, 5},
+        {0, 0, 10, 10, 11, 0, 5, 5, 0, -1, -1, 0, 0, 0},
+        {10, 0, INT32_MAX, 1, 100, 0, 5, 1, 1, 100, 0, 5, 1, 1},
+        {0, 10, 4, INT32_MAX, 2, INT32_MAX - 3, 1, 1, 1, 2, INT32_MAX - 3, 1, 1, 1},
     };
-    const Case cases[] = {
-        {{0, 0, 10, 10}, {10, 0, 5, 5}, 1, {10, 0, 0, 5}, 5},
-        {{0, 0, 10, 10}, {11, 0, 5, 5}, 0, {-1, -1, 0, 0}, 0},
-        {{10, 0, INT32_MAX, 1}, {100, 0, 5, 1}, 1, {100, 0, 5, 1}, 1},
-        {{0, 10, 4, INT32_MAX}, {2, INT32_MAX - 3, 1, 1}, 1, {2, INT32_MAX - 3, 1, 1}, 1},
-    };
-    for (const Case &c : cases) {
+    for (const auto &r : rows) {
+        const xg_rect a{r[0], r[1], r[2], r[3]}, b{r[4], r[5], r[6], r[7]};
         xg_rect out{-1, -1, -1, -1};
-        EXPECT_EQ(xg_rect_is_cross(&c.a, &c.b), c.cross);
-        EXPECT_EQ(xg_rect_intersect(&out, &c.a, &c.b), c.result);
+        EXPECT_EQ(xg_rect_is_cross(&a, &b), r[8]);
+        EXPECT_EQ(xg_rect_intersect(&out, &a, &b), r[13]);
         EXPECT_EQ(std::vector<int32_t>({out.x, out.y, out.w, out.h}),
-                  std::vector<int32_t>({c.out.x, c.out.y, c.out.w, c.out.h}));
-    }
-}
-
-TEST(Image, PointerStepsTwoBytesAtDepth16AndFourAtEveryOtherDepth) {
-    for (const uint32_t format : {0u, 2u, 3u}) {  // 24-bit format 2 too
-        xc_image *image = xc_image_new_with_data(10, 10, nullptr, format, 0, 0, 40);
-        const auto *p = static_cast<uint8_t *>(xc_image_pointer(image, 3, 2));
-        EXPECT_EQ(p - image->data, 80 + (format == 3 ? 6 : 12)) << format;
-        xc_image_unref(image);
+                  std::vector<int32_t>(r + 9, r + 13));
     }
 }
 

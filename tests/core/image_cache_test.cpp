@@ -41,28 +41,23 @@ std::string cached(const std::string &names) {
 }
 
 // Eviction starts when the total reaches the limit (>=) and stops once it is
-// within it (<=); a 10 x 10 image costs 400 bytes, a 5 x 5 one 100.
-TEST(ImageCache, AReleaseThatReachesTheLimitEvictsTheOldest) {
+// within it (<=), the least recently released first; a 10 x 10 image costs
+// 400 bytes, a 5 x 5 one 100, one on the caller's pixels nothing.
+TEST(ImageCache, ReleasesAndLimitsEvictTheLeastRecentlyReleased) {
     release("a");  // limit zero keeps nothing
     xc_set_image_cache_size(800);
-    release("bc");
+    release("bc");  // reaches 800: b goes
     EXPECT_EQ(cached("abc"), "c");
-}
-
-TEST(ImageCache, LoweringTheLimitEvictsTheLeastRecentlyReleasedUntilWithinIt) {
     xc_set_image_cache_size(2000);
-    release("abc");
-    release("d", 5);
-    EXPECT_EQ(cached("a"), "a");   // revived and released again: now the newest
-    xc_set_image_cache_size(500);  // 1300: evicts b and c, leaving exactly 500
+    release("def");
+    release("g", 5);
+    EXPECT_EQ(cached("d"), "d");   // revived and released again: now the newest
+    xc_set_image_cache_size(500);  // 1700: evicts c, e and f, leaving exactly 500
     xc_set_image_cache_size(500);  // the same limit again starts no eviction
-    EXPECT_EQ(cached("abcd"), "ad");
-}
-
-TEST(ImageCache, ForeignPixelsCostNothing) {
+    EXPECT_EQ(cached("cdefg"), "dg");
     xc_set_image_cache_size(1);
-    release("abc", 100, true);
-    EXPECT_EQ(cached("abc"), "abc");
+    release("xyz", 100, true);
+    EXPECT_EQ(cached("dgxyz"), "xyz");
 }
 
 TEST(ImageCache, InvalidatingTakesActiveAndReleasedImagesOutOfTheCache) {

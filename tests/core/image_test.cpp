@@ -65,6 +65,10 @@ TEST(Image, ConstructorsDecideTheRecordAndWhereItsPixelsAre) {
         ASSERT_EQ(block != nullptr, c.pixels != kNone);
         EXPECT_EQ(block == reinterpret_cast<uint8_t *>(caller), c.pixels == kCallers);
         EXPECT_TRUE(c.pixels != kCopy || std::memcmp(block, caller, sizeof caller) == 0);
+        if (block) {  // a pixel's address steps two bytes at depth 16, four at every other one
+            EXPECT_EQ(static_cast<uint8_t *>(xc_image_pointer(c.image, 1, 1)) - block,
+                      std::get<0>(c.expected) + (std::get<2>(c.expected) == 16 ? 2 : 4));
+        }
         // The sanitizer build checks that the whole block is the record's.
         if (c.pixels == kOwn) std::memset(block, 0xAB, std::get<0>(c.expected) * c.image->height);
         const bool callers_copy = c.pixels == kCopy && c.image->foreign_data;

@@ -11,8 +11,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 struct CorpusRow {
     std::string path, format, has_alpha, expected, reference;
     int32_t width, height, frames;

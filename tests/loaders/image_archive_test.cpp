@@ -1,11 +1,10 @@
-// The per-directory archive img.ar and the PNG codec's use of it.
+// The per-directory archive img.ar: lookups and their messages. (The tool's
+// tests load a whole folder of PNG files packed in one through the library.)
 #include <unistd.h>
 
 #include "loader_test_support.hpp"
 
 namespace {
-
-using namespace fbc_test;
 
 // An archive holding the given files, data placed after the index.
 Bytes archive(const std::vector<std::pair<std::string, Bytes>> &files,
@@ -32,17 +31,6 @@ std::pair<std::string, int32_t> lookup(const std::string &file) {
 }
 
 using ImageArchive = ScratchDir;
-
-TEST_F(ImageArchive, StoredPngLoadsExactlyAsThePlainFile) {
-    const std::string plain = corpus("png/pngsuite/basn6a08.png");
-    write("img.ar", archive({{"other.png", {1, 2, 3}}, {"icon.png", file_bytes(plain)}}));
-    const Image stored{xc_image_new_from_file(path("icon.png").c_str())},
-        reference{xc_image_new_from_file(plain.c_str())};
-    ASSERT_TRUE(stored && reference);
-    EXPECT_EQ(std::make_pair(xc_image_load_data(stored.get()), xc_image_load_data(reference.get())),
-              std::make_pair(4, 4));
-    EXPECT_EQ(all(stored.get()), all(reference.get()));
-}
 
 // A name without a slash looks in the working directory.
 TEST_F(ImageArchive, DirectoryIsReadOnceWithItsMessages) {

@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 class ImageSave : public ScratchDir {
 protected:
     int save(const Image &image, const std::string &name, const char *options = nullptr,
@@ -14,16 +12,11 @@ protected:
     }
 };
 
-Image filled(int32_t width, int32_t height, uint32_t word) {
-    Image image{xc_image_new_from_data(width, height, nullptr, 32, 0, 0)};
-    std::fill_n(reinterpret_cast<uint32_t *>(image->data), width * height, word);
-    return image;
-}
-
 TEST_F(ImageSave, AreaReloadsWithItsColourBytesAsStoredAndAlphaDropped) {
     // Grey around the area, which holds a half-transparent premultiplied colour.
-    const Image image = filled(40, 40, 0xFF808080u);
+    const Image image = test::blank_alpha(40, 40);
     auto *words = reinterpret_cast<uint32_t *>(image->data);
+    std::fill_n(words, 40 * 40, 0xFF808080u);
     for (int32_t y = 10; y < 30; ++y) std::fill_n(words + y * 40 + 10, 10, 0x80406010u);
     const xg_area area{10, 10, 20, 30};
     for (const auto &[name, tolerance] : {std::pair{"area.png", 0}, {"area.jpeg", 3}}) {
@@ -68,7 +61,7 @@ TEST_F(ImageSave, JpegQualityFollowsOptionsOrSize) {
     for (const auto &[width, height, options, quantiser] : rows) {
         SCOPED_TRACE(quantiser);
         log_.take();
-        EXPECT_EQ(save(filled(width, height, 0xFF808080u), "q.jpg", options), 0);
+        EXPECT_EQ(save(test::canvas(width, height, 0xFF808080u), "q.jpg", options), 0);
         // Printed before the colour space is set.
         EXPECT_EQ(log_.take(), "cinfo.in_color_space = 0\n");
         const Bytes jpeg = file_bytes(path("q.jpg"));

@@ -5,8 +5,6 @@
 
 namespace {
 
-using namespace fbc_test;
-
 using LoaderModule = ScratchDir;
 
 TEST_F(LoaderModule, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
@@ -33,11 +31,17 @@ TEST_F(LoaderModule, BadModulesAreSkippedAndTheRestKeepTheirOrder) {
     EXPECT_NE(Image{xc_image_new_from_file("image.mod")}, nullptr);
 }
 
-TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixAndItsRefusalsFallThrough) {
+// The module also scales: the front end always returns 0 for a rescaled load.
+TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixScalesAndItsRefusalsFallThrough) {
     setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
     const Image photo{xc_image_new_from_file(path("photo.png").c_str())};  // builds the registry
     ASSERT_NE(photo, nullptr);
     EXPECT_STREQ(photo->type_name, "mod");
+    EXPECT_EQ(xc_image_load_data_rescaled(photo.get(), 0, 4), 0);  // the module refuses 0 x 4
+    EXPECT_EQ(photo->data, nullptr);
+    EXPECT_EQ(xc_image_load_data_rescaled(photo.get(), 5, 4), 0);
+    ASSERT_NE(photo->data, nullptr);
+    EXPECT_EQ(at(photo.get(), 4, 3), 0xFF000504u);
     // Saving by name would ask the module, which lists the suffix first.
     const std::string name = path("refuse.png");
     ASSERT_EQ(png_loader.save(Image{xc_image_create(4, 3)}.get(), name.c_str(), nullptr, nullptr),
@@ -48,17 +52,6 @@ TEST_F(LoaderModule, ModuleComesFirstForASharedSuffixAndItsRefusalsFallThrough) 
     EXPECT_EQ(log_.take(), "PNG file(" + name + ") load failed\n");
     ASSERT_NE(image, nullptr);
     EXPECT_EQ(std::make_pair(image->loader, image->width), std::make_pair(&png_loader, 4));
-}
-
-TEST(LoaderModuleRescaled, UsesTheModuleOperationAndAlwaysReturnsZero) {
-    setenv("CANVAS_IMAGE_LOADER", FBC_TEST_LOADER_MODULE, 1);
-    const Image image{xc_image_new_from_file("scaled.mod")};
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(xc_image_load_data_rescaled(image.get(), 0, 4), 0);  // the module refuses 0 x 4
-    EXPECT_EQ(image->data, nullptr);
-    EXPECT_EQ(xc_image_load_data_rescaled(image.get(), 5, 4), 0);
-    ASSERT_NE(image->data, nullptr);
-    EXPECT_EQ(at(image.get(), 4, 3), 0xFF000504u);
 }
 
 }  // namespace

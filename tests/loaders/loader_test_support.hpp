@@ -5,19 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "fbcompose/image.h"
 #include "fbcompose/loader.h"
 #include "fbcompose/log.h"
-#include "image_words.hpp"
+#include "image_words.hpp"  // also <cstdint>, <string>, <vector>
 
 namespace fbc_test {
 
@@ -94,9 +91,17 @@ inline bool channels_within(uint32_t got, uint32_t want, int tolerance) {
     return true;
 }
 
+// The next frame's index, its delay and changed area dropped.
+inline int next_frame(xc_image *image) {
+    int32_t delay, x, y, w, h;
+    return xc_image_next_frame(image, &delay, &x, &y, &w, &h);
+}
+
 // Appends `v` as four little-endian bytes.
 inline void put_le(Bytes &out, uint32_t v) {
     for (int i = 0; i < 4; ++i) out.push_back(static_cast<uint8_t>(v >> (8 * i)));
 }
 
 }  // namespace fbc_test
+
+using namespace fbc_test;  // in every loader test
