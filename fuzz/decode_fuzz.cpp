@@ -15,8 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     char header[8] = {};
     std::copy_n(data, std::min(size, sizeof header - 1), header);
     xc_image_guess_image_type(header);
+    // Compared pixel for pixel with the file's, so every pixel of it is read.
     xc_image *memory = xc_image_new_from_memory(data, size, FBC_FUZZ_SUFFIX);
-    if (memory) fuzz::touch_pixels(memory);
     fuzz::load_every_frame(fuzz::write_scratch("input." FBC_FUZZ_SUFFIX, data, size), &memory);
     if (memory) xc_image_unref(memory);
     return 0;

@@ -23,17 +23,17 @@ namespace fuzz {
 // A folder of this process's own, in /dev/shm when there is one (no disk
 // writes per input), removed when the process exits normally.
 inline const std::string &scratch_dir() {
-    // Never destroyed: the clean-up at exit still needs it.
-    static const std::string *dir = [] {
+    static const std::string dir = [] {
         const char *tmp = std::getenv("TMPDIR");
-        std::string base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : tmp ? tmp : "/tmp";
-        auto *made = new std::string(base + "/fbc-fuzz-XXXXXX");
-        if (!mkdtemp(made->data())) std::abort();
+        std::string made = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : tmp ? tmp : "/tmp";
+        made += "/fbc-fuzz-XXXXXX";
+        if (!mkdtemp(made.data())) std::abort();
         return made;
     }();
-    static const bool cleaned_at_exit = std::atexit([] { std::filesystem::remove_all(*dir); }) == 0;
+    // Registered once the folder's name is made, so it runs before the name goes.
+    static const int cleaned_at_exit = std::atexit([] { std::filesystem::remove_all(dir); });
     (void)cleaned_at_exit;
-    return *dir;
+    return dir;
 }
 
 // Writes the input as the file `name` of the scratch folder; returns its path.
@@ -79,8 +79,7 @@ inline bool same_pixels(const xc_image *a, const xc_image *b) {
 inline void load_every_frame(const std::string &path, const xc_image *const *same = nullptr) {
     xc_image *image = xc_image_new_from_file(path.c_str());
     const bool loaded = image && xc_image_load_data(image) >= 0 && image->data;
-    if (same && !loaded != !*same) std::abort();
-    if (same && loaded && !same_pixels(image, *same)) std::abort();
+    if (same && (loaded != !!*same || (loaded && !same_pixels(image, *same)))) std::abort();
     if (!image) return;
     if (loaded) touch_pixels(image);
     xc_image_get_delay(image);

@@ -26,10 +26,8 @@ inline int32_t coord(Input &in) {
     }
 }
 
-inline xg_area area(Input &in) {
-    const int32_t x1 = coord(in), y1 = coord(in), x2 = coord(in), y2 = coord(in);
-    return {x1, y1, x2, y2};
-}
+// A braced list takes its values in order.
+inline xg_area area(Input &in) { return {coord(in), coord(in), coord(in), coord(in)}; }
 
 // No modulation, opaque, transparent, or any word.
 inline uint32_t colour(Input &in) {
@@ -46,9 +44,6 @@ inline int32_t side(Input &in) { return int32_t{in.take<uint8_t>() % 32} - 2; }
 // write past it is caught.
 class Images {
 public:
-    Images() = default;
-    Images(const Images &) = delete;
-    Images &operator=(const Images &) = delete;
     ~Images() {
         for (xc_image *image : images_) xc_image_unref(image);
     }

@@ -31,7 +31,7 @@ long peak_resident_kib() {
     return getrusage(RUSAGE_SELF, &usage) == 0 ? usage.ru_maxrss : 0;
 }
 
-// The files under a folder in path order, hidden ones left out, or the path
+// The files of a folder in name order, hidden ones left out, or the path
 // itself; nothing for a path that does not exist.
 void collect(const fs::path &path, std::vector<fs::path> &files) {
     std::error_code error;
@@ -39,13 +39,10 @@ void collect(const fs::path &path, std::vector<fs::path> &files) {
         if (fs::exists(path, error)) files.push_back(path);
         return;
     }
-    std::vector<fs::path> found;
-    for (auto it = fs::recursive_directory_iterator(path, error); it != fs::end(it); ++it) {
-        if (it->path().filename().string()[0] == '.') it.disable_recursion_pending();
-        else if (!it->is_directory()) found.push_back(it->path());
-    }
-    std::sort(found.begin(), found.end());
-    files.insert(files.end(), found.begin(), found.end());
+    const size_t first = files.size();
+    for (const auto &entry : fs::directory_iterator(path, error))
+        if (entry.path().filename().string()[0] != '.') files.push_back(entry.path());
+    std::sort(files.begin() + std::ptrdiff_t(first), files.end());
 }
 
 }  // namespace

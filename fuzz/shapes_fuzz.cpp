@@ -42,21 +42,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     xc_image *image = images.make(in);
     const xg_area clip = fuzz::area(in);
     for (int calls = 1 + in.take<uint8_t>() % 3; calls > 0; --calls) {
-        switch (in.take<uint8_t>() % 4) {
-            case 0: {
-                const int32_t x0 = fuzz::coord(in), y0 = fuzz::coord(in);
-                const int32_t x1 = fuzz::coord(in), y1 = fuzz::coord(in);
-                xc_line_draw(image, &clip, x0, y0, x1, y1, fuzz::colour(in));
-                break;
-            }
-            case 1: {
-                xg_area rect = fuzz::area(in);
-                xc_rectangle_draw(image, &clip, &rect, fuzz::colour(in));
-                break;
-            }
-            case 2: polygon(in, image, clip); break;
-            default: damage(in); break;
-        }
+        const int which = in.take<uint8_t>() % 4;
+        if (which == 2) polygon(in, image, clip);
+        if (which == 3) damage(in);
+        if (which >= 2) continue;
+        // A line from (x1, y1) to (x2, y2), or the rectangle they span.
+        xg_area ends = fuzz::area(in);
+        if (which == 0)
+            xc_line_draw(image, &clip, ends.x1, ends.y1, ends.x2, ends.y2, fuzz::colour(in));
+        else xc_rectangle_draw(image, &clip, &ends, fuzz::colour(in));
     }
     return 0;
 }

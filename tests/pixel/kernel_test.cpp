@@ -3,6 +3,8 @@
 // the inputs are few, over every count from 0 to 70 at each start offset with
 // guard words around the run, at every dither phase and rotation. Relations
 // between calls (round trips, pieces against the whole) follow from the model.
+// The scalers' row passes, which have no per-pixel model, against their
+// reference; that reference is pinned by the seeded scaled-output hashes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,6 +19,8 @@
 #include "fbcompose/pixel.h"
 #include "model.hpp"
 #include "pixel/kernel_table.hpp"
+#include "pixel/scale_rows.hpp"
+#include "seeded.hpp"
 
 namespace {
 
@@ -36,11 +40,10 @@ struct Model {
     int src_bits = 32, dst_bits = 32, rotation = 0;
 };
 
-#define MODEL(f, value, ...)                                                                      \
-    {                                                                                             \
-#f, [](const In &in, [[maybe_unused]] uint32_t d) -> uint32_t { return value; },          \
-                                                                                      __VA_ARGS__ \
-    }
+// clang-format off
+#define MODEL(f, value, ...) \
+    {#f, [](const In &in, [[maybe_unused]] uint32_t d) -> uint32_t { return value; }, __VA_ARGS__}
+// clang-format on
 
 const Model kModels[] = {
     MODEL(xc_blend_color_rgba_to_rgb, fill_blend(in.color, d, kKept)),
@@ -99,43 +102,39 @@ struct Case {
     std::string family, name;
     Model model;
     std::vector<Candidate> candidates;
-    std::vector<std::string> not_run;  // variants that need what this CPU lacks
     bool span() const { return family != "convert"; }
 };
 
-Case make_case(std::string_view family, std::string_view name, Function reference) {
-    const auto *m = std::find_if(std::begin(kModels), std::end(kModels),
-                                 [&](const Model &r) { return r.name == name; });
-    return {std::string(family),
-            std::string(name),
-            m == std::end(kModels) ? Model{} : *m,
-            {{"reference", reference}},
-            {}};
+// Calls run(name, function) for each variant this CPU runs and names the rest.
+template <class Fn, class Run>
+void each_variant(const fbc::px::Kernel<Fn> &kernel, Run run) {
+    for (const auto &v : kernel.variants) {
+        if (v.run && fbc::px::cpu_has(v.isa)) run(v.name, v.run);
+        else if (v.run) std::printf("not run here: %s, %s\n", v.name, fbc::px::isa_name(v.isa));
+    }
 }
 
 // Every row of every family, then the two converters outside the tables.
 std::vector<Case> all_cases() {
     std::vector<Case> out;
+    const auto add = [&](std::string_view family, std::string_view name, Function reference) {
+        const auto *m = std::find_if(std::begin(kModels), std::end(kModels),
+                                     [&](const Model &r) { return r.name == name; });
+        Case &k = out.emplace_back(std::string(family), std::string(name),
+                                   m == std::end(kModels) ? Model{} : *m);
+        k.candidates.push_back({"reference", reference});
+        return &k;
+    };
     fbc::px::for_each_family([&](const auto &family) {
         for (const auto &kernel : family.kernels) {
-            Case &k = out.emplace_back(make_case(family.name, kernel.name, kernel.reference));
-            for (const auto &v : kernel.variants) {
-                if (!v.run) continue;
-                if (fbc::px::cpu_has(v.isa)) k.candidates.push_back({v.name, v.run});
-                else k.not_run.push_back(std::string(v.name) + ", " + fbc::px::isa_name(v.isa));
-            }
+            Case *k = add(family.name, kernel.name, kernel.reference);
+            each_variant(kernel, [&](const char *name, auto run) {
+                k->candidates.push_back({name, run});
+            });
         }
     });
-    out.push_back(
-        make_case("convert", "xc_convert_16_to_16", by_skips<uint16_t, xc_convert_16_to_16>));
-    out.push_back(
-        make_case("convert", "xc_convert_16_to_18", by_skips<uint32_t, xc_convert_16_to_18>));
-    return out;
-}
-
-std::vector<Case> span_cases() {
-    std::vector<Case> out = all_cases();
-    std::erase_if(out, [](const Case &k) { return !k.span(); });
+    add("convert", "xc_convert_16_to_16", by_skips<uint16_t, xc_convert_16_to_16>);
+    add("convert", "xc_convert_16_to_18", by_skips<uint32_t, xc_convert_16_to_18>);
     return out;
 }
 
@@ -143,14 +142,9 @@ std::vector<Case> span_cases() {
 template <class T>
 struct Aligned {
     using value_type = T;
-    Aligned() = default;
-    template <class U>
-    Aligned(const Aligned<U> &) {}
-    T *allocate(size_t n) {
-        return static_cast<T *>(::operator new (n * sizeof(T), std::align_val_t{32}));
-    }
-    void deallocate(T *p, size_t) { ::operator delete (p, std::align_val_t{32}); }
-    bool operator==(const Aligned &) const = default;
+    T *allocate(size_t n) { return static_cast<T *>(::operator new(n * sizeof(T), kAlign)); }
+    void deallocate(T *p, size_t) { ::operator delete(p, kAlign); }
+    static constexpr std::align_val_t kAlign{32};
 };
 template <class T>
 using Buffer = std::vector<T, Aligned<T>>;
@@ -171,20 +165,6 @@ Buffer<T> random_words(std::mt19937 &rng, size_t n, bool premultiplied = false, 
     Buffer<T> out(n);
     for (auto &w : out) w = static_cast<T>(random_word(rng, premultiplied) >> shift);
     return out;
-}
-
-std::string hex(uint32_t v) {
-    char text[12];
-    std::snprintf(text, sizeof text, "0x%X", unsigned(v));
-    return text;
-}
-
-template <class T>
-testing::AssertionResult same_pixels(const Buffer<T> &want, const Buffer<T> &got) {
-    const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin(), got.end());
-    if (w == want.end() && g == got.end()) return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << "pixel " << w - want.begin() << ": want " << hex(*w) << ", got " << hex(*g);
 }
 
 // A source rectangle and its row skips; a span is one row of `width` pixels.
@@ -233,10 +213,12 @@ void check(const Case &k, const Shape &s, const Call &c, const Buffer<Src> &src,
     for (const Candidate &candidate : k.candidates) {
         std::copy(dst.begin(), dst.end(), got.begin());
         call(candidate.run, s, c, src.data() + c.at, cov.data() + c.at, got.data() + c.lead);
-        ASSERT_TRUE(same_pixels(want, got))
+        const auto [w, g] = std::mismatch(want.begin(), want.end(), got.begin());
+        ASSERT_TRUE(w == want.end())
             << candidate.name << ", " << s.width << "x" << s.height << " skips " << s.src_skip
             << "/" << s.dst_skip << " at " << c.at << " lead " << c.lead << " phase " << c.dx << ","
-            << c.dy << " colour " << hex(c.color);
+            << c.dy << ": pixel " << w - want.begin() << std::hex << " want 0x" << *w << ", got 0x"
+            << *g << " colour 0x" << c.color;
     }
 }
 
@@ -328,6 +310,15 @@ void every_pair_at_every_alpha(const Case &k) {
     }
 }
 
+// Converters: every grey level at every matrix entry, in every rotation:
+// row y of the source holds level y / 4.
+template <class Dst>
+void every_level_at_every_threshold(const Case &k) {
+    Buffer<uint32_t> src(12 * 1024);
+    for (size_t p = 0; p < src.size(); ++p) src[p] = uint32_t(p / 48) * 0x010101u;
+    check(k, {12, 1024}, {}, src, {}, Buffer<Dst>(src.size()));
+}
+
 // Calls test(Src{}, Dst{}) with the pixel types of the case's runs.
 template <class Test>
 void with_pixel_types(const Model &m, Test test) {
@@ -340,40 +331,53 @@ void with_pixel_types(const Model &m, Test test) {
 [[maybe_unused]] void PrintTo(const Case &k, std::ostream *os) { *os << k.name; }
 
 class Kernels : public testing::TestWithParam<Case> {};
-class Spans : public Kernels {};
 
-TEST_P(Kernels, EveryCountAtEveryOffsetEqualsTheModel) {
-    const Case &k = GetParam();
-    ASSERT_TRUE(k.model.pixel) << "no model for " << k.name;
-    for (const std::string &name : k.not_run) std::printf("not run here: %s\n", name.c_str());
-    with_pixel_types(k.model, [&](auto src, auto dst) {
-        every_count_and_offset<decltype(src), decltype(dst)>(k);
-    });
-}
-
-TEST_P(Spans, EveryChannelPairAtEveryAlphaEqualsTheModel) {
+TEST_P(Kernels, EveryVersionEqualsTheModel) {
     const Case &k = GetParam();
     ASSERT_TRUE(k.model.pixel) << "no model for " << k.name;
     with_pixel_types(k.model, [&](auto src, auto dst) {
-        every_pair_at_every_alpha<decltype(src), decltype(dst)>(k);
+        using Src = decltype(src);
+        using Dst = decltype(dst);
+        every_count_and_offset<Src, Dst>(k);
+        if (k.span()) every_pair_at_every_alpha<Src, Dst>(k);
+        else if (k.model.src_bits == 32) every_level_at_every_threshold<Dst>(k);
     });
 }
 
-const auto kCaseName = [](const auto &test) { return test.param.name; };
-INSTANTIATE_TEST_SUITE_P(Table, Kernels, testing::ValuesIn(all_cases()), kCaseName);
-INSTANTIATE_TEST_SUITE_P(Table, Spans, testing::ValuesIn(span_cases()), kCaseName);
+INSTANTIATE_TEST_SUITE_P(Table, Kernels, testing::ValuesIn(all_cases()),
+                         [](const auto &test) { return test.param.name; });
 
-// Every grey level at every matrix entry, in every rotation: row y of the
-// source holds level y / 4.
-TEST(Converters, EveryLevelAtEveryThreshold) {
-    Buffer<uint32_t> src(12 * 1024);
-    for (size_t p = 0; p < src.size(); ++p) src[p] = uint32_t(p / 48) * 0x010101u;
-    for (const Case &k : all_cases()) {
-        if (k.span() || k.model.src_bits != 32) continue;
-        with_pixel_types(k.model, [&](auto, auto dst) {
-            check(k, {12, 1024}, {}, src, {}, Buffer<decltype(dst)>(src.size()));
-        });
-    }
+// Rows of 0 to 70 words at weights on both sides of half and at the ends,
+// taps anywhere in the row with the next word or the same one.
+TEST(ScaleRows, EveryVariantEqualsTheReference) {
+    static constexpr uint32_t kWeights[] = {0, 1, 255, 256, 32767, 32768, 32769, 65280, 65535};
+    test::Rng rng(11);
+    for (int32_t n = 0; n <= 70; ++n)
+        for (int trial = 0; trial < 4; ++trial) {
+            Buffer<uint32_t> top(size_t(n) + 1), bottom(top.size()), row(size_t(n) + 2);
+            for (auto *words : {&top, &bottom, &row})
+                for (uint32_t &v : *words) v = rng.word();
+            const uint32_t f = trial < 3 ? kWeights[rng.below(9)] : uint32_t(rng.below(65536));
+            std::vector<fbc::px::WordTap> taps;
+            for (int32_t i = 0; i < n; ++i) {
+                const int32_t at = rng.below(int32_t(row.size()) - 1);
+                taps.push_back(
+                    {at, at + rng.below(2), uint32_t(rng.below(2) ? rng.below(65536) : f)});
+            }
+            Buffer<uint32_t> want(size_t(n) + 1, 7), got;
+            fbc::px::kLerpRows.reference(top.data(), bottom.data(), want.data(), n, f);
+            each_variant(fbc::px::kLerpRows, [&](const char *name, auto run) {
+                got.assign(want.size(), 7);
+                run(top.data(), bottom.data(), got.data(), n, f);
+                EXPECT_EQ(got, want) << name << " n " << n << " f " << f;
+            });
+            fbc::px::kLerpWords.reference(row.data(), taps.data(), want.data(), n);
+            each_variant(fbc::px::kLerpWords, [&](const char *name, auto run) {
+                got.assign(want.size(), 7);
+                run(row.data(), taps.data(), got.data(), n);
+                EXPECT_EQ(got, want) << name << " n " << n;
+            });
+        }
 }
 
 }  // namespace
