@@ -48,9 +48,7 @@ void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t
     }
 }
 
-}  // namespace fbc::px::swar
-
-namespace fbc::px::swar {
+// The box averages.
 namespace {
 
 // A box of up to this many words keeps each channel's total in 16 bits
