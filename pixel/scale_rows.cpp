@@ -33,4 +33,12 @@ void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t
         out[i] = lerp_bytes(row[taps[i].at], row[taps[i].next], taps[i].f);
 }
 
+void box_row(const uint32_t *top, intptr_t stride, int32_t rows, const BoxTap *taps, uint32_t *out,
+             int32_t n) {
+    const auto *bytes = reinterpret_cast<const uint8_t *>(top);
+    for (int32_t i = 0; i < n; ++i)
+        out[i] = box_average(bytes + intptr_t{4} * taps[i].first, 4, taps[i].count, taps[i].divide,
+                             rows, stride);
+}
+
 }  // namespace fbc::px

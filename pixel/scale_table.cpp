@@ -7,6 +7,8 @@
 namespace fbc::px::swar {
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f);
 void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
+void box_row(const uint32_t *top, intptr_t stride, int32_t rows, const BoxTap *taps, uint32_t *out,
+             int32_t n);
 }  // namespace fbc::px::swar
 #endif
 #if FBC_SIMD && defined(__x86_64__)
@@ -26,5 +28,6 @@ constinit const Kernel<LerpRowsFn> kLerpRows{
     "lerp_rows", lerp_rows, {FBC_X86(lerp_rows) FBC_SWAR(swar::lerp_rows)}};
 constinit const Kernel<LerpWordsFn> kLerpWords{
     "lerp_words", lerp_words, {FBC_X86(lerp_words) FBC_SWAR(swar::lerp_words)}};
+constinit const Kernel<BoxRowFn> kBoxRow{"box_row", box_row, {FBC_SWAR_EVERYWHERE(swar::box_row)}};
 
 }  // namespace fbc::px

@@ -29,6 +29,9 @@
 // the device: the host's compiler vectorises the references, which beat it
 // there.
 #define FBC_SWAR(kernel) FBC_VARIANT(kPortable, kArmv5te, kernel)
+// One that beats the reference everywhere, where the host's compiler cannot
+// widen the reference's loop either (the box rows' byte sums, row by row).
+#define FBC_SWAR_EVERYWHERE(kernel) FBC_VARIANT(kPortable, kPortable, kernel)
 namespace fbc::px::swar {
 void blend_color_rgba_to_rgb(uint32_t color, void *dst, int32_t count);
 void blend_color_rgba_to_rgba(uint32_t color, void *dst, int32_t count);
@@ -67,6 +70,7 @@ void convert_rgba_to_32_270(const void *src, void *dst, int32_t src_skip, int32_
 }  // namespace fbc::px::swar
 #else
 #define FBC_SWAR(kernel)
+#define FBC_SWAR_EVERYWHERE(kernel)
 #endif
 
 #if FBC_SIMD && defined(__x86_64__)

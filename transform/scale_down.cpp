@@ -107,8 +107,9 @@ void xc_image_scale_1d(const uint32_t *src, int32_t src_count, int32_t src_step,
             const uint32_t *p = src + static_cast<intptr_t>(int64_t{t.first} * src_step);
             dst[static_cast<intptr_t>(int64_t{i} * dst_step)] =
                 filter == fbc::Filter::box
-                    ? fbc::box_average(reinterpret_cast<const uint8_t *>(p), intptr_t{4} * src_step,
-                                       t.count, fbc::Divider(static_cast<uint32_t>(t.count)))
+                    ? fbc::px::box_average(reinterpret_cast<const uint8_t *>(p),
+                                           intptr_t{4} * src_step, t.count,
+                                           fbc::px::Divider(static_cast<uint32_t>(t.count)))
                     : fbc::lerp_word(p[0], t.count == 2 ? p[src_step] : p[0], t.f, true, 0);
         }
     }

@@ -4,6 +4,8 @@
 // Per destination row the engine filters vertically first, into one row of
 // per-column values (two source rows blended, or the channel sums of a box
 // of rows), then each destination pixel combines its columns of that row.
+// Boxes in both directions over colour words skip the row of sums: each
+// destination pixel totals its own box where the source lies.
 // The taps of both directions, and the box divisors, are worked out once per
 // blit; 16-bit sources are widened to colour words once per source row and
 // kept while the destination rows that blend them last.
@@ -93,34 +95,38 @@ private:
     int last_ = 1;
 };
 
-// Box divisors of the columns: one reciprocal per distinct column count and
-// row count, not one per pixel. The edges of boxes land on either side of
-// the factor, so few counts are distinct.
-class ColumnDivisors {
+// The box columns' taps with their divisors: one reciprocal per distinct
+// column count and row count, not one per pixel. The edges of boxes land on
+// either side of the factor, so few counts are distinct.
+class BoxColumns {
 public:
-    explicit ColumnDivisors(const std::vector<Tap> &columns) {
+    explicit BoxColumns(const std::vector<Tap> &columns) {
         for (const Tap &t : columns) {
             const auto count = static_cast<uint32_t>(t.count);
             auto it = std::find(counts_.begin(), counts_.end(), count);
             index_.push_back(static_cast<uint32_t>(it - counts_.begin()));
             if (it == counts_.end()) counts_.push_back(count);
+            taps_.push_back({t.first, t.count, px::Divider()});
         }
     }
 
-    // The divisors for boxes of `rows` rows; recomputed only when it changes.
-    void set_rows(uint32_t rows) {
-        if (rows == rows_) return;
-        rows_ = rows;
-        dividers_.clear();
-        for (uint32_t c : counts_) dividers_.emplace_back(c * rows);
+    // The taps for boxes of `rows` rows; divisors recomputed only when it
+    // changes.
+    const px::BoxTap *for_rows(uint32_t rows) {
+        if (rows != rows_) {
+            rows_ = rows;
+            dividers_.clear();
+            for (uint32_t c : counts_) dividers_.emplace_back(c * rows);
+            for (size_t i = 0; i < taps_.size(); ++i) taps_[i].divide = dividers_[index_[i]];
+        }
+        return taps_.data();
     }
-
-    const Divider &operator[](size_t column) const { return dividers_[index_[column]]; }
 
 private:
     std::vector<uint32_t> counts_;
     std::vector<uint32_t> index_;
-    std::vector<Divider> dividers_;
+    std::vector<px::Divider> dividers_;
+    std::vector<px::BoxTap> taps_;
     uint32_t rows_ = 0;
 };
 
@@ -154,15 +160,28 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
     // This CPU's row passes, picked once.
     static const px::LerpRowsFn lerp_rows = px::kLerpRows.pick();
     static const px::LerpWordsFn lerp_words = px::kLerpWords.pick();
+    static const px::BoxRowFn box_row = px::kBoxRow.pick();
+    // Boxes in both directions over colour words read in place: each
+    // destination pixel sums its whole box at once, without a row of sums.
+    const bool whole_boxes =
+        fx == Filter::box && fy == Filter::box && !average_rows && src->depth != 16;
     SourceRows source(src, src_area, span_first, span);
     std::vector<px::WordTap> word_taps;
     for (const Tap &t : columns) word_taps.push_back(word_tap(t));
-    ColumnDivisors divisors(columns);
+    BoxColumns boxes(columns);
     std::vector<uint32_t> blended(static_cast<size_t>(span));
-    std::vector<uint32_t> sums(fy == Filter::box ? 4 * static_cast<size_t>(span) : 0);
+    std::vector<uint32_t> sums(fy == Filter::box && !whole_boxes ? 4 * static_cast<size_t>(span)
+                                                                 : 0);
     std::vector<uint32_t> out(static_cast<size_t>(n));
     for (int32_t y = clip.y1; y < clip.y2; ++y) {
         const Tap &rt = rows[static_cast<size_t>(y - clip.y1)];
+        const auto row_count = static_cast<uint32_t>(rt.count);
+        if (whole_boxes) {
+            box_row(source.row(rt.first), src->rowstride, rt.count, boxes.for_rows(row_count),
+                    out.data(), n);
+            writer.draw(out.data(), nullptr, xc_image_pointer(dst, clip.x1, y), n);
+            continue;
+        }
         // The row of per-column values: words in `line`, or the channel sums
         // of `summed_rows` rows (0: none).
         const uint32_t *line = blended.data();
@@ -177,9 +196,9 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
                 const auto *bytes = reinterpret_cast<const uint8_t *>(source.row(r));
                 for (size_t k = 0; k < sums.size(); ++k) sums[k] += bytes[k];
             }
-            summed_rows = static_cast<uint32_t>(rt.count);
+            summed_rows = row_count;
             if (average_rows) {
-                const Divider divide(summed_rows);
+                const px::Divider divide(summed_rows);
                 auto *bytes = reinterpret_cast<uint8_t *>(blended.data());
                 for (size_t k = 0; k < sums.size(); ++k)
                     bytes[k] = static_cast<uint8_t>(divide(sums[k]));
@@ -189,18 +208,12 @@ void smooth_scale(const DrawerGuard &guard, xc_image *dst, const xg_area &src_ar
         if (fx == Filter::linear) {
             lerp_words(line, word_taps.data(), out.data(), n);
         } else if (summed_rows == 0) {
-            divisors.set_rows(1);
-            const auto *bytes = reinterpret_cast<const uint8_t *>(line);
-            for (int32_t i = 0; i < n; ++i)
-                out[static_cast<size_t>(i)] = box_average(
-                    bytes + 4 * columns[static_cast<size_t>(i)].first, 4,
-                    columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
+            box_row(line, 0, 1, boxes.for_rows(1), out.data(), n);
         } else {
-            divisors.set_rows(summed_rows);
+            const px::BoxTap *taps = boxes.for_rows(summed_rows);
             for (int32_t i = 0; i < n; ++i)
-                out[static_cast<size_t>(i)] = box_average(
-                    sums.data() + 4 * columns[static_cast<size_t>(i)].first, 4,
-                    columns[static_cast<size_t>(i)].count, divisors[static_cast<size_t>(i)]);
+                out[static_cast<size_t>(i)] = px::box_average(sums.data() + 4 * taps[i].first, 4,
+                                                              taps[i].count, taps[i].divide);
         }
         writer.draw(out.data(), nullptr, xc_image_pointer(dst, clip.x1, y), n);
     }

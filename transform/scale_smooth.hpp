@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "pixel/box_average.hpp"
+
 namespace fbc {
 
 enum class Filter { box, linear };
@@ -26,34 +28,5 @@ struct Tap {
 // 0 .. src_size - 1.
 std::vector<Tap> make_taps(Filter filter, int32_t src_size, int32_t dst_size, int32_t from,
                            int32_t to);
-
-// floor(total / count) by a reciprocal multiply and one correction: the
-// reciprocal is worked out once, the divisions are per channel.
-class Divider {
-public:
-    explicit Divider(uint32_t count)
-        : count_(count), reciprocal_(((uint64_t{1} << 32) + count - 1) / count) {}
-    uint32_t operator()(uint32_t total) const {
-        auto q = static_cast<uint32_t>((uint64_t{total} * reciprocal_) >> 32);
-        return q * count_ > total ? q - 1 : q;
-    }
-
-private:
-    uint32_t count_;
-    uint64_t reciprocal_;
-};
-
-// The box average of `count` pixels of four channels each, `stride`
-// channels apart, as a colour word: channel sums divided by `divide`.
-template <class Channel>
-uint32_t box_average(const Channel *channels, intptr_t stride, int32_t count,
-                     const Divider &divide) {
-    uint32_t sum[4] = {0, 0, 0, 0};
-    for (int32_t k = 0; k < count; ++k, channels += stride)
-        for (int ch = 0; ch < 4; ++ch) sum[ch] += channels[ch];
-    uint32_t out = 0;
-    for (int ch = 0; ch < 4; ++ch) out |= divide(sum[ch]) << (8 * ch);
-    return out;
-}
 
 }  // namespace fbc

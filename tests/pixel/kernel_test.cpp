@@ -380,4 +380,32 @@ TEST(ScaleRows, EveryVariantEqualsTheReference) {
         }
 }
 
+// Box rows of 1 to 9 rows at counts that fill 16-bit totals to the brim and
+// one past, over full and random words.
+TEST(ScaleRows, EveryBoxVariantEqualsTheReference) {
+    test::Rng rng(12);
+    for (int trial = 0; trial < 300; ++trial) {
+        const int32_t rows = rng.between(1, 9), n = rng.between(0, 9), width = 320;
+        const int32_t brim = 257 / rows;  // count x rows at most 257: the widest 16-bit totals
+        const int32_t counts[] = {1, 2, 3, 4, 5, brim, brim + 1, rng.between(1, 300)};
+        std::vector<fbc::px::BoxTap> taps;
+        for (int32_t i = 0; i < n; ++i) {
+            const int32_t count = std::min(counts[rng.below(8)], width);
+            const int32_t first = rng.below(width - count + 1);
+            taps.push_back({first, count, fbc::px::Divider(uint32_t(count * rows))});
+        }
+        const intptr_t stride = 4 * (width + rng.below(3));
+        Buffer<uint32_t> source(size_t(stride / 4 * rows));
+        const bool full = trial % 3 == 0;
+        for (uint32_t &v : source) v = full ? 0xFFFFFFFFu : rng.word();
+        Buffer<uint32_t> want(size_t(n) + 1, 7), got;
+        fbc::px::kBoxRow.reference(source.data(), stride, rows, taps.data(), want.data(), n);
+        each_variant(fbc::px::kBoxRow, [&](const char *name, auto run) {
+            got.assign(want.size(), 7);
+            run(source.data(), stride, rows, taps.data(), got.data(), n);
+            EXPECT_EQ(got, want) << name << " rows " << rows << " trial " << trial;
+        });
+    }
+}
+
 }  // namespace
