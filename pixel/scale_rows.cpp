@@ -5,6 +5,21 @@
 namespace fbc::px {
 namespace {
 
+template <typename Pixel>
+void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
+    int32_t at = walk.first;
+    uint32_t rem = walk.rem;
+    for (int32_t i = 0; i < n; ++i) {
+        out[i] = row[at];
+        at += walk.whole;
+        rem += walk.rem_step;
+        if (rem >= walk.divisor) {
+            rem -= walk.divisor;
+            ++at;
+        }
+    }
+}
+
 uint32_t lerp_bytes(uint32_t cur, uint32_t next, uint32_t f) {
     const auto w = static_cast<int32_t>(f);
     uint32_t out = 0;
@@ -17,6 +32,14 @@ uint32_t lerp_bytes(uint32_t cur, uint32_t next, uint32_t f) {
 }
 
 }  // namespace
+
+void nearest_words(const uint32_t *row, const ColumnWalk &walk, uint32_t *out, int32_t n) {
+    nearest(row, walk, out, n);
+}
+
+void nearest_halfwords(const uint16_t *row, const ColumnWalk &walk, uint16_t *out, int32_t n) {
+    nearest(row, walk, out, n);
+}
 
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f) {
     // Byte by byte over the row: a loop of one operation the compiler can widen.

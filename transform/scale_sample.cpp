@@ -5,6 +5,7 @@
 
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/transform.h"
+#include "pixel/scale_rows.hpp"
 #include "transform/drawer_guard.hpp"
 #include "transform/scale_common.hpp"
 
@@ -13,15 +14,8 @@ namespace {
 
 // Destination column x reads source column ((x - d.x1) x (sw - 1)) /
 // (dw - 1) + s.x1, so first and last columns meet exactly.
-std::unique_ptr<int32_t[]> column_map(const xg_area &clip, const xg_area &s, const xg_area &d) {
-    const int32_t n = width_of(clip);
-    auto map = std::make_unique<int32_t[]>(static_cast<size_t>(n));
-    const int64_t dwm = width_of(d) - 1;
-    const int64_t swm = width_of(s) - 1;
-    for (int32_t i = 0; i < n; ++i)
-        map[static_cast<size_t>(i)] =
-            dwm ? static_cast<int32_t>((int64_t{clip.x1 + i - d.x1} * swm) / dwm + s.x1) : s.x1;
-    return map;
+px::ColumnWalk column_walk(const xg_area &clip, const xg_area &s, const xg_area &d) {
+    return px::column_walk(int64_t{clip.x1} - d.x1, width_of(s) - 1, width_of(d) - 1, s.x1);
 }
 
 // Source row of destination row y: size over size, unlike the columns'
@@ -30,11 +24,13 @@ int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
     return s.y1 + static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
 }
 
-template <typename Pixel>
-void gather(const uint8_t *row, const int32_t *map, int32_t n, void *out) {
-    const auto *pixels = reinterpret_cast<const Pixel *>(row);
-    auto *to = static_cast<Pixel *>(out);
-    for (int32_t i = 0; i < n; ++i) to[i] = pixels[map[i]];
+// One row's gather, 16-bit pixels when `narrow`.
+void gather(const uint8_t *row, const px::ColumnWalk &walk, int32_t n, void *out, bool narrow) {
+    static const px::NearestWordsFn words = px::kNearestWords.pick();
+    static const px::NearestHalfwordsFn halfwords = px::kNearestHalfwords.pick();
+    if (narrow)
+        halfwords(reinterpret_cast<const uint16_t *>(row), walk, static_cast<uint16_t *>(out), n);
+    else words(reinterpret_cast<const uint32_t *>(row), walk, static_cast<uint32_t *>(out), n);
 }
 
 // Nearest-pixel rows, the source's and the destination's addressed as
@@ -48,9 +44,8 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const xg_area &c = guard.clip();
     const RowWriter &out = guard.out();
     const int32_t n = width_of(c);
-    const auto map = column_map(c, s, d);
+    const px::ColumnWalk walk = column_walk(c, s, d);
     const bool narrow = halfwords && from->depth < 17;
-    const auto gather_row = narrow ? gather<uint16_t> : gather<uint32_t>;
     // Rows of words may run past a destination of narrower pixels; pointer
     // rows lie in the image, and the guard checked their alignment.
     const bool in_place = out.stores_source() && kind.dst_rows == Rows::pointer &&
@@ -67,9 +62,9 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
                                           : row_pixel(from, kind.src_rows, 0, sy);
         uint8_t *to = row_pixel(dst, kind.dst_rows, c.x1, y);
         if (in_place) {
-            gather_row(line, map.get(), n, to);
+            gather(line, walk, n, to, narrow);
         } else {
-            gather_row(line, map.get(), n, row.get());
+            gather(line, walk, n, row.get(), narrow);
             out.draw(row.get(), nullptr, to, n);
         }
     }

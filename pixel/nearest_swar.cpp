@@ -1,0 +1,88 @@
+// The nearest-pixel gather for a CPU without a vector unit. The column and
+// its fraction (in 2^-32) form one 64-bit position, so a step is one add
+// and one add-with-carry, and the column is the position's high word, read
+// straight into the load's index: three instructions a pixel where the
+// remainder walk's compare and correction take five. Rows too wide for
+// the fraction to stay exact take the remainder walk. On ARM the words go
+// out eight at a time through two multiple stores (GCC stores them one by
+// one), three and a half instructions a pixel.
+#include "pixel/scale_rows.hpp"
+
+namespace fbc::px::swar {
+namespace {
+
+#if defined(__arm__)
+// Four words from the row at column `hi`, stepping after each, then one
+// store of the four.
+#define FBC_NEAREST_STEP(k) \
+    "ldr %" #k              \
+    ", [%[row], %[hi], lsl #2]\n\tadds %[lo], %[lo], %[flo]\n\tadc %[hi], %[hi], %[whole]\n\t"
+#define FBC_NEAREST_QUAD                    \
+    FBC_NEAREST_STEP(0)                     \
+    FBC_NEAREST_STEP(1) FBC_NEAREST_STEP(2) \
+        FBC_NEAREST_STEP(3) "stmia %[out]!, {%0, %1, %2, %3}\n\t"
+
+// Words of `blocks` times eight pixels; out and the position move on.
+inline void nearest_blocks(const uint32_t *row, uint32_t &lo, uint32_t &hi, uint32_t flo,
+                           uint32_t whole, uint32_t *&out, int32_t blocks) {
+    if (blocks <= 0) return;
+    // STM takes registers in ascending order: the four are pinned.
+    register uint32_t w0 asm("r4"), w1 asm("r5"), w2 asm("r6"), w3 asm("r7");
+    asm volatile("1:\n\t" FBC_NEAREST_QUAD FBC_NEAREST_QUAD
+                 "subs %[blocks], %[blocks], #1\n\t"
+                 "bne 1b"
+                 : "=&r"(w0), "=&r"(w1), "=&r"(w2),
+                   "=&r"(w3), [lo] "+r"(lo), [hi] "+r"(hi), [out] "+r"(out), [blocks] "+r"(blocks)
+                 : [row] "r"(row), [flo] "r"(flo), [whole] "r"(whole)
+                 : "cc", "memory");
+}
+#undef FBC_NEAREST_QUAD
+#undef FBC_NEAREST_STEP
+#endif
+
+template <typename Pixel>
+void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
+    uint64_t at = uint64_t{static_cast<uint32_t>(walk.first)} << 32 | walk.fraction;
+    const uint64_t step = uint64_t{static_cast<uint32_t>(walk.whole)} << 32 | walk.fraction_step;
+    const auto next = [&] {
+        const Pixel p = row[static_cast<uint32_t>(at >> 32)];
+        at += step;
+        return p;
+    };
+    if constexpr (sizeof(Pixel) == 4) {
+#if defined(__arm__)
+        auto lo = static_cast<uint32_t>(at), hi = static_cast<uint32_t>(at >> 32);
+        nearest_blocks(row, lo, hi, walk.fraction_step, static_cast<uint32_t>(walk.whole), out,
+                       n / 8);
+        at = uint64_t{hi} << 32 | lo;
+        n %= 8;
+#endif
+    }
+    // Four loads before four stores, so that the stores may go as one.
+    for (; n >= 4; n -= 4, out += 4) {
+        const Pixel a = next(), b = next(), c = next(), d = next();
+        out[0] = a;
+        out[1] = b;
+        out[2] = c;
+        out[3] = d;
+    }
+    for (int32_t i = 0; i < n; ++i) out[i] = next();
+}
+
+bool fraction_exact(const ColumnWalk &walk, int32_t n) {
+    return uint64_t{static_cast<uint32_t>(n)} * walk.divisor <= uint64_t{1} << 32;
+}
+
+}  // namespace
+
+void nearest_words(const uint32_t *row, const ColumnWalk &walk, uint32_t *out, int32_t n) {
+    if (fraction_exact(walk, n)) nearest(row, walk, out, n);
+    else px::nearest_words(row, walk, out, n);
+}
+
+void nearest_halfwords(const uint16_t *row, const ColumnWalk &walk, uint16_t *out, int32_t n) {
+    if (fraction_exact(walk, n)) nearest(row, walk, out, n);
+    else px::nearest_halfwords(row, walk, out, n);
+}
+
+}  // namespace fbc::px::swar
