@@ -11,12 +11,7 @@ void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
     uint32_t rem = walk.rem;
     for (int32_t i = 0; i < n; ++i) {
         out[i] = row[at];
-        at += walk.whole;
-        rem += walk.rem_step;
-        if (rem >= walk.divisor) {
-            rem -= walk.divisor;
-            ++at;
-        }
+        step(walk, at, rem);
     }
 }
 

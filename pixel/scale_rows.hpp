@@ -34,6 +34,16 @@ struct ColumnWalk {
     uint32_t fraction_step;
 };
 
+// One pixel on in the remainder walk: column `at`, remainder `rem`.
+inline void step(const ColumnWalk &walk, int32_t &at, uint32_t &rem) {
+    at += walk.whole;
+    rem += walk.rem_step;
+    if (rem >= walk.divisor) {
+        rem -= walk.divisor;
+        ++at;
+    }
+}
+
 // The walk of columns base + floor((x0 + i) x num / den), i = 0, 1, ...;
 // den 0 reads column base throughout. x0, num >= 0 and den < 2^31.
 inline ColumnWalk column_walk(int64_t x0, int64_t num, int64_t den, int32_t base) {

@@ -18,19 +18,10 @@ px::ColumnWalk column_walk(const xg_area &clip, const xg_area &s, const xg_area 
     return px::column_walk(int64_t{clip.x1} - d.x1, width_of(s) - 1, width_of(d) - 1, s.x1);
 }
 
-// Source row of destination row y: size over size, unlike the columns'
-// (size - 1) over (size - 1); compat: the asymmetry is kept.
-int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
-    return s.y1 + static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
-}
-
-// One row's gather, 16-bit pixels when `narrow`.
-void gather(const uint8_t *row, const px::ColumnWalk &walk, int32_t n, void *out, bool narrow) {
-    static const px::NearestWordsFn words = px::kNearestWords.pick();
-    static const px::NearestHalfwordsFn halfwords = px::kNearestHalfwords.pick();
-    if (narrow)
-        halfwords(reinterpret_cast<const uint16_t *>(row), walk, static_cast<uint16_t *>(out), n);
-    else words(reinterpret_cast<const uint32_t *>(row), walk, static_cast<uint32_t *>(out), n);
+// Source rows of destination rows from y: size over size, unlike the
+// columns' (size - 1) over (size - 1); compat: the asymmetry is kept.
+px::ColumnWalk row_walk(int32_t y, const xg_area &s, const xg_area &d) {
+    return px::column_walk(int64_t{y} - d.y1, height_of(s), height_of(d), s.y1);
 }
 
 // Nearest-pixel rows, the source's and the destination's addressed as
@@ -46,6 +37,15 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const int32_t n = width_of(c);
     const px::ColumnWalk walk = column_walk(c, s, d);
     const bool narrow = halfwords && from->depth < 17;
+    static const px::NearestWordsFn words = px::kNearestWords.pick();
+    static const px::NearestHalfwordsFn halves = px::kNearestHalfwords.pick();
+    const auto gather = [&](const uint8_t *line, void *into) {
+        if (narrow)
+            halves(reinterpret_cast<const uint16_t *>(line), walk, static_cast<uint16_t *>(into),
+                   n);
+        else
+            words(reinterpret_cast<const uint32_t *>(line), walk, static_cast<uint32_t *>(into), n);
+    };
     // Rows of words may run past a destination of narrower pixels; pointer
     // rows lie in the image, and the guard checked their alignment.
     const bool in_place = out.stores_source() && kind.dst_rows == Rows::pointer &&
@@ -56,15 +56,17 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const auto *first_words = kind.src_rows == Rows::words
                                   ? static_cast<const uint8_t *>(xc_image_pointer(from, 0, s.y1))
                                   : nullptr;
-    for (int32_t y = c.y1; y < c.y2; ++y) {
-        const int32_t sy = source_row(y, s, d);
+    const px::ColumnWalk rows = row_walk(c.y1, s, d);
+    int32_t sy = rows.first;
+    uint32_t rem = rows.rem;
+    for (int32_t y = c.y1; y < c.y2; ++y, px::step(rows, sy, rem)) {
         const uint8_t *line = first_words ? first_words + int64_t{sy - s.y1} * from->width * 4
                                           : row_pixel(from, kind.src_rows, 0, sy);
         uint8_t *to = row_pixel(dst, kind.dst_rows, c.x1, y);
         if (in_place) {
-            gather(line, walk, n, to, narrow);
+            gather(line, to);
         } else {
-            gather(line, walk, n, row.get(), narrow);
+            gather(line, row.get());
             out.draw(row.get(), nullptr, to, n);
         }
     }
