@@ -1,4 +1,5 @@
-// The nearest-pixel gather for a CPU without a vector unit. The column and
+// The nearest-pixel gather, and its blend over a row, for a CPU without a
+// vector unit. The column and
 // its fraction (in 2^-32) form one 64-bit position, so a step is one add
 // and one add-with-carry, and the column is the position's high word, read
 // straight into the load's index: three instructions a pixel where the
@@ -7,6 +8,7 @@
 // out eight at a time through two multiple stores (GCC stores them one by
 // one), three and a half instructions a pixel.
 #include "pixel/scale_rows.hpp"
+#include "pixel/swar.hpp"
 
 namespace fbc::px::swar {
 namespace {
@@ -17,10 +19,10 @@ namespace {
 #define FBC_NEAREST_STEP(k) \
     "ldr %" #k              \
     ", [%[row], %[hi], lsl #2]\n\tadds %[lo], %[lo], %[flo]\n\tadc %[hi], %[hi], %[whole]\n\t"
-#define FBC_NEAREST_QUAD                    \
-    FBC_NEAREST_STEP(0)                     \
-    FBC_NEAREST_STEP(1) FBC_NEAREST_STEP(2) \
-        FBC_NEAREST_STEP(3) "stmia %[out]!, {%0, %1, %2, %3}\n\t"
+#define FBC_NEAREST_QUAD \
+    FBC_NEAREST_STEP(0)  \
+    FBC_NEAREST_STEP(1)  \
+    FBC_NEAREST_STEP(2) FBC_NEAREST_STEP(3) "stmia %[out]!, {%0, %1, %2, %3}\n\t"
 
 // Words of `blocks` times eight pixels; out and the position move on.
 inline void nearest_blocks(const uint32_t *row, uint32_t &lo, uint32_t &hi, uint32_t flo,
@@ -40,10 +42,18 @@ inline void nearest_blocks(const uint32_t *row, uint32_t &lo, uint32_t &hi, uint
 #undef FBC_NEAREST_STEP
 #endif
 
+// The position of the walk's first pixel and its step, column over fraction.
+uint64_t start_of(const ColumnWalk &walk) {
+    return uint64_t{static_cast<uint32_t>(walk.first)} << 32 | walk.fraction;
+}
+uint64_t step_of(const ColumnWalk &walk) {
+    return uint64_t{static_cast<uint32_t>(walk.whole)} << 32 | walk.fraction_step;
+}
+
 template <typename Pixel>
 void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
-    uint64_t at = uint64_t{static_cast<uint32_t>(walk.first)} << 32 | walk.fraction;
-    const uint64_t step = uint64_t{static_cast<uint32_t>(walk.whole)} << 32 | walk.fraction_step;
+    uint64_t at = start_of(walk);
+    const uint64_t step = step_of(walk);
     const auto next = [&] {
         const Pixel p = row[static_cast<uint32_t>(at >> 32)];
         at += step;
@@ -69,11 +79,48 @@ void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
     for (int32_t i = 0; i < n; ++i) out[i] = next();
 }
 
+// Four pixels at a time as the span variant takes them: one OR finds four
+// with nothing to draw, one AND four stored as they are.
+template <bool KeepAlpha>
+void nearest_over(const uint32_t *row, const ColumnWalk &walk, uint32_t *d, int32_t n) {
+    uint64_t at = start_of(walk);
+    const uint64_t step = step_of(walk);
+    const auto next = [&] {
+        const uint32_t p = row[static_cast<uint32_t>(at >> 32)];
+        at += step;
+        return p;
+    };
+    const uint32_t m = lanes_mask();
+    for (; n >= 4; n -= 4, d += 4) {
+        const uint32_t s0 = next(), s1 = next(), s2 = next(), s3 = next();
+        if (((s0 | s1 | s2 | s3) & kAlphaMask) == 0) continue;
+        if ((s0 & s1 & s2 & s3) >= kAlphaMask) {
+            d[0] = s0, d[1] = s1, d[2] = s2, d[3] = s3;
+            continue;
+        }
+        over_changed<KeepAlpha>(s0, d, m);
+        over_changed<KeepAlpha>(s1, d + 1, m);
+        over_changed<KeepAlpha>(s2, d + 2, m);
+        over_changed<KeepAlpha>(s3, d + 3, m);
+    }
+    for (int32_t i = 0; i < n; ++i) over_changed<KeepAlpha>(next(), d + i, m);
+}
+
 bool fraction_exact(const ColumnWalk &walk, int32_t n) {
     return uint64_t{static_cast<uint32_t>(n)} * walk.divisor <= uint64_t{1} << 32;
 }
 
 }  // namespace
+
+void nearest_over_rgb(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n) {
+    if (fraction_exact(walk, n)) nearest_over<true>(row, walk, dst, n);
+    else px::nearest_over_rgb(row, walk, dst, n);
+}
+
+void nearest_over_rgba(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n) {
+    if (fraction_exact(walk, n)) nearest_over<false>(row, walk, dst, n);
+    else px::nearest_over_rgba(row, walk, dst, n);
+}
 
 void nearest_words(const uint32_t *row, const ColumnWalk &walk, uint32_t *out, int32_t n) {
     if (fraction_exact(walk, n)) nearest(row, walk, out, n);

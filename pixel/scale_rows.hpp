@@ -89,6 +89,10 @@ using NearestWordsFn = void (*)(const uint32_t *row, const ColumnWalk &walk, uin
                                 int32_t n);
 using NearestHalfwordsFn = void (*)(const uint16_t *row, const ColumnWalk &walk, uint16_t *out,
                                     int32_t n);
+// dst[i] = source over dst[i] for the pixels of the walk, keeping dst's
+// alpha (rgb) or blending it (rgba).
+using NearestOverFn = void (*)(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst,
+                               int32_t n);
 // out[i] = row[taps[i].at] to row[taps[i].next] at taps[i].f, for n words.
 using LerpWordsFn = void (*)(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
 // out[i] = the box average of taps[i] over `rows` rows from `top`, `stride`
@@ -100,6 +104,8 @@ using BoxRowFn = void (*)(const uint32_t *top, intptr_t stride, int32_t rows, co
 // The references.
 void nearest_words(const uint32_t *row, const ColumnWalk &walk, uint32_t *out, int32_t n);
 void nearest_halfwords(const uint16_t *row, const ColumnWalk &walk, uint16_t *out, int32_t n);
+void nearest_over_rgb(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n);
+void nearest_over_rgba(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n);
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f);
 void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t n);
 void box_row(const uint32_t *top, intptr_t stride, int32_t rows, const BoxTap *taps, uint32_t *out,
@@ -108,6 +114,8 @@ void box_row(const uint32_t *top, intptr_t stride, int32_t rows, const BoxTap *t
 // Their rows: the reference and the variants that stand in for it.
 extern const Kernel<NearestWordsFn> kNearestWords;
 extern const Kernel<NearestHalfwordsFn> kNearestHalfwords;
+extern const Kernel<NearestOverFn> kNearestOverRgb;
+extern const Kernel<NearestOverFn> kNearestOverRgba;
 extern const Kernel<LerpRowsFn> kLerpRows;
 extern const Kernel<LerpWordsFn> kLerpWords;
 extern const Kernel<BoxRowFn> kBoxRow;

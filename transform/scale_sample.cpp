@@ -27,8 +27,8 @@ px::ColumnWalk row_walk(int32_t y, const xg_area &s, const xg_area &d) {
 // Nearest-pixel rows, the source's and the destination's addressed as
 // `kind` says; sources of depth below 17 are gathered as 16-bit pixels
 // when `halfwords`. Where the span function would only copy the gathered
-// row, the pixels are gathered straight into the destination row: each is
-// read once and written once.
+// row, or blend it over, the pixels go straight onto the destination row:
+// each is read once and written once.
 void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_area &d,
             DrawerKind kind, bool halfwords) {
     const xc_image *from = guard.source();
@@ -39,6 +39,8 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const bool narrow = halfwords && from->depth < 17;
     static const px::NearestWordsFn words = px::kNearestWords.pick();
     static const px::NearestHalfwordsFn halves = px::kNearestHalfwords.pick();
+    static const px::NearestOverFn over_rgb = px::kNearestOverRgb.pick();
+    static const px::NearestOverFn over_rgba = px::kNearestOverRgba.pick();
     const auto gather = [&](const uint8_t *line, void *into) {
         if (narrow)
             halves(reinterpret_cast<const uint16_t *>(line), walk, static_cast<uint16_t *>(into),
@@ -48,9 +50,15 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     };
     // Rows of words may run past a destination of narrower pixels; pointer
     // rows lie in the image, and the guard checked their alignment.
-    const bool in_place = out.stores_source() && kind.dst_rows == Rows::pointer &&
-                          (narrow ? 2 : 4) == pointer_step(dst) && out.pixels_match(from);
-    const auto row = std::make_unique<uint32_t[]>(in_place ? 0 : static_cast<size_t>(n));
+    const bool on_image = kind.dst_rows == Rows::pointer && out.pixels_match(from);
+    const bool in_place = on_image && out.stores_source() && (narrow ? 2 : 4) == pointer_step(dst);
+    // Blends of 32-bit pixels take each sampled pixel straight onto the
+    // destination, read once, with the span function's arithmetic.
+    const px::NearestOverFn blend = !on_image || narrow || pointer_step(dst) != 4 ? nullptr
+                                    : out.blends_over() == RowWriter::Over::rgb   ? over_rgb
+                                    : out.blends_over() == RowWriter::Over::rgba  ? over_rgba
+                                                                                  : nullptr;
+    const auto row = std::make_unique<uint32_t[]>(in_place || blend ? 0 : static_cast<size_t>(n));
     // compat: rows of words start at the first source row as
     // xc_image_pointer places it (through rowstride), `width` words apart.
     const auto *first_words = kind.src_rows == Rows::words
@@ -63,7 +71,10 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
         const uint8_t *line = first_words ? first_words + int64_t{sy - s.y1} * from->width * 4
                                           : row_pixel(from, kind.src_rows, 0, sy);
         uint8_t *to = row_pixel(dst, kind.dst_rows, c.x1, y);
-        if (in_place) {
+        if (blend) {
+            blend(reinterpret_cast<const uint32_t *>(line), walk, reinterpret_cast<uint32_t *>(to),
+                  n);
+        } else if (in_place) {
             gather(line, to);
         } else {
             gather(line, row.get());

@@ -13,6 +13,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -382,7 +383,8 @@ TEST(ScaleRows, EveryVariantEqualsTheReference) {
 
 // Nearest rows enlarging, reducing, on one column and with remainders near
 // 2^31, from offset starts: every kernel reads the columns the division
-// names, from a row whose pixels are their own column numbers.
+// names, from a row whose pixels are their own column numbers; blending
+// them over equals gathering them and then blending.
 TEST(ScaleRows, EveryNearestKernelReadsTheDividedColumns) {
     test::Rng rng(13);
     for (int32_t n = 0; n <= 70; ++n)
@@ -413,6 +415,28 @@ TEST(ScaleRows, EveryNearestKernelReadsTheDividedColumns) {
             each_variant(fbc::px::kNearestWords, check);
             check16("reference", fbc::px::kNearestHalfwords.reference);
             each_variant(fbc::px::kNearestHalfwords, check16);
+            // Blending the sampled pixels over equals gathering them, then
+            // the span function: runs of clear, opaque and mixed artwork.
+            Buffer<uint32_t> art(words.size()), gathered(want.size()), under(want.size());
+            for (size_t k = 0; k < art.size(); ++k)
+                art[k] = k / 8 % 3 == 0   ? rng.word() & 0xFFFFFF
+                         : k / 8 % 3 == 1 ? rng.word() | 0xFF000000
+                                          : rng.color();
+            for (uint32_t &v : under) v = rng.word();
+            fbc::px::kNearestWords.reference(art.data(), walk, gathered.data(), n);
+            for (auto [kernel, span] :
+                 {std::pair{&fbc::px::kNearestOverRgb, &xc_blend_pixels_rgba_to_rgb},
+                  std::pair{&fbc::px::kNearestOverRgba, &xc_blend_pixels_rgba_to_rgba}}) {
+                want.assign(under.begin(), under.end());
+                span(gathered.data(), want.data(), n, 0);
+                const auto check_over = [&](const char *name, auto run) {
+                    got.assign(under.begin(), under.end());
+                    run(art.data(), walk, got.data(), n);
+                    EXPECT_EQ(got, want) << name << " over, n " << n << " " << num << "/" << den;
+                };
+                check_over("reference", kernel->reference);
+                each_variant(*kernel, check_over);
+            }
         }
 }
 
