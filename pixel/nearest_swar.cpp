@@ -80,18 +80,21 @@ void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
 }
 
 // Four pixels at a time as the span variant takes them: one OR finds four
-// with nothing to draw, one AND four stored as they are.
-template <bool KeepAlpha>
+// with nothing to draw, one AND four stored as they are. Enlarging rows
+// (no whole columns a step) get their own loop: the register the whole
+// step would take keeps the walk's fraction off the stack.
+template <bool KeepAlpha, bool Enlarging>
 void nearest_over(const uint32_t *row, const ColumnWalk &walk, uint32_t *d, int32_t n) {
     uint64_t at = start_of(walk);
-    const uint64_t step = step_of(walk);
+    const uint64_t step = Enlarging ? walk.fraction_step : step_of(walk);
     const auto next = [&] {
         const uint32_t p = row[static_cast<uint32_t>(at >> 32)];
         at += step;
         return p;
     };
     const uint32_t m = lanes_mask();
-    for (; n >= 4; n -= 4, d += 4) {
+    // Up to an end pointer: one compare a turn, no count to keep.
+    for (const uint32_t *quads_end = d + (n & ~3); d != quads_end; d += 4) {
         const uint32_t s0 = next(), s1 = next(), s2 = next(), s3 = next();
         if (((s0 | s1 | s2 | s3) & kAlphaMask) == 0) continue;
         if ((s0 & s1 & s2 & s3) >= kAlphaMask) {
@@ -103,7 +106,14 @@ void nearest_over(const uint32_t *row, const ColumnWalk &walk, uint32_t *d, int3
         over_changed<KeepAlpha>(s2, d + 2, m);
         over_changed<KeepAlpha>(s3, d + 3, m);
     }
-    for (int32_t i = 0; i < n; ++i) over_changed<KeepAlpha>(next(), d + i, m);
+    for (int32_t i = 0; i < (n & 3); ++i) over_changed<KeepAlpha>(next(), d + i, m);
+}
+
+template <bool KeepAlpha>
+void nearest_over(const uint32_t *row, const ColumnWalk &walk, uint32_t *d, int32_t n) {
+    if (n <= 0) return;
+    if (walk.whole == 0) nearest_over<KeepAlpha, true>(row, walk, d, n);
+    else nearest_over<KeepAlpha, false>(row, walk, d, n);
 }
 
 bool fraction_exact(const ColumnWalk &walk, int32_t n) {
