@@ -1,12 +1,13 @@
-// The nearest-pixel gather, and its blend over a row, for a CPU without a
-// vector unit. The column and
-// its fraction (in 2^-32) form one 64-bit position, so a step is one add
-// and one add-with-carry, and the column is the position's high word, read
-// straight into the load's index: three instructions a pixel where the
-// remainder walk's compare and correction take five. Rows too wide for
-// the fraction to stay exact take the remainder walk. On ARM the words go
-// out eight at a time through two multiple stores (GCC stores them one by
-// one), three and a half instructions a pixel.
+// The nearest-pixel gather, and its blend over a row, without a vector
+// unit. The column and its fraction (in 2^-32) form one 64-bit position,
+// so a step is one add and one add-with-carry, and the column is the
+// position's high word, read straight into the load's index: three
+// instructions a pixel on ARM where the remainder walk's compare and
+// correction take five, and no branch on the host. Rows too wide for the
+// fraction to stay exact take the remainder walk. On ARM the words go out
+// eight at a time through two multiple stores (GCC stores them one by
+// one), three and a half instructions a pixel. The gather is picked
+// everywhere; the blend on the device only.
 #include "pixel/scale_rows.hpp"
 #include "pixel/swar.hpp"
 

@@ -29,9 +29,9 @@ void lerp_words(const uint32_t *row, const WordTap *taps, uint32_t *out, int32_t
 namespace fbc::px {
 
 constinit const Kernel<NearestWordsFn> kNearestWords{
-    "nearest_words", nearest_words, {FBC_SWAR(swar::nearest_words)}};
+    "nearest_words", nearest_words, {FBC_SWAR_EVERYWHERE(swar::nearest_words)}};
 constinit const Kernel<NearestHalfwordsFn> kNearestHalfwords{
-    "nearest_halfwords", nearest_halfwords, {FBC_SWAR(swar::nearest_halfwords)}};
+    "nearest_halfwords", nearest_halfwords, {FBC_SWAR_EVERYWHERE(swar::nearest_halfwords)}};
 constinit const Kernel<NearestOverFn> kNearestOverRgb{
     "nearest_over_rgb", nearest_over_rgb, {FBC_SWAR(swar::nearest_over_rgb)}};
 constinit const Kernel<NearestOverFn> kNearestOverRgba{

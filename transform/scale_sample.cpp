@@ -24,6 +24,12 @@ px::ColumnWalk row_walk(int32_t y, const xg_area &s, const xg_area &d) {
     return px::column_walk(int64_t{y} - d.y1, height_of(s), height_of(d), s.y1);
 }
 
+// The pick of `kernel`, or null where that is its reference.
+px::NearestOverFn fused(const px::Kernel<px::NearestOverFn> &kernel) {
+    const px::NearestOverFn pick = kernel.pick();
+    return pick == kernel.reference ? nullptr : pick;
+}
+
 // Nearest-pixel rows, the source's and the destination's addressed as
 // `kind` says; sources of depth below 17 are gathered as 16-bit pixels
 // when `halfwords`. Where the span function would only copy the gathered
@@ -39,8 +45,8 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const bool narrow = halfwords && from->depth < 17;
     static const px::NearestWordsFn words = px::kNearestWords.pick();
     static const px::NearestHalfwordsFn halves = px::kNearestHalfwords.pick();
-    static const px::NearestOverFn over_rgb = px::kNearestOverRgb.pick();
-    static const px::NearestOverFn over_rgba = px::kNearestOverRgba.pick();
+    static const px::NearestOverFn over_rgb = fused(px::kNearestOverRgb);
+    static const px::NearestOverFn over_rgba = fused(px::kNearestOverRgba);
     const auto gather = [&](const uint8_t *line, void *into) {
         if (narrow)
             halves(reinterpret_cast<const uint16_t *>(line), walk, static_cast<uint16_t *>(into),
@@ -53,7 +59,9 @@ void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_
     const bool on_image = kind.dst_rows == Rows::pointer && out.pixels_match(from);
     const bool in_place = on_image && out.stores_source() && (narrow ? 2 : 4) == pointer_step(dst);
     // Blends of 32-bit pixels take each sampled pixel straight onto the
-    // destination, read once, with the span function's arithmetic.
+    // destination, read once, with the span function's arithmetic, where a
+    // variant does it: the plain loop loses to the gather and a vectorised
+    // span function.
     const px::NearestOverFn blend = !on_image || narrow || pointer_step(dst) != 4 ? nullptr
                                     : out.blends_over() == RowWriter::Over::rgb   ? over_rgb
                                     : out.blends_over() == RowWriter::Over::rgba  ? over_rgba
