@@ -11,28 +11,6 @@
 namespace fbc::px::swar {
 namespace {
 
-// a = 0 leaves the destination unread; a = 255 stores the source word.
-template <bool KeepAlpha>
-inline void over_changed(uint32_t s, uint32_t *d, uint32_t m) {
-    const uint32_t a = alpha_of(s);
-    if (a == 0) return;
-    if (a == 255) {
-        *d = s;
-        return;
-    }
-    if constexpr (KeepAlpha) {
-        // Blue and red as in add_faded; green alone, beside the kept alpha.
-        const uint32_t inv = 255 - a, dst = *d;
-        const uint32_t br = (((((dst & m) * inv) >> 8) & m) + (s & m)) & m;
-        const uint32_t g = ((((dst >> 8) & m) * inv) >> 8) + ((s >> 8) & m);
-        // (g << 24) >> 16 rather than (g & 0xFF) << 8, which GCC turns into a
-        // mask that ARM loads from memory.
-        *d = br | (g << 24) >> 16 | (dst & kAlphaMask);
-    } else {
-        *d = add_faded(s, *d, 255 - a, m);
-    }
-}
-
 template <bool KeepAlpha>
 void over_run(const uint32_t *s, uint32_t *d, int32_t count) {
     const Groups g = aligned_groups(s, count);

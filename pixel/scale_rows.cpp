@@ -2,8 +2,30 @@
 // the compiler also vectorises where it can.
 #include "pixel/scale_rows.hpp"
 
+#include "pixel/channel.hpp"
+
 namespace fbc::px {
 namespace {
+
+template <typename Pixel>
+void nearest(const Pixel *row, const ColumnWalk &walk, Pixel *out, int32_t n) {
+    int32_t at = walk.first;
+    uint32_t rem = walk.rem;
+    for (int32_t i = 0; i < n; ++i) {
+        out[i] = row[at];
+        step(walk, at, rem);
+    }
+}
+
+template <bool KeepAlpha>
+void nearest_over(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n) {
+    int32_t at = walk.first;
+    uint32_t rem = walk.rem;
+    for (int32_t i = 0; i < n; ++i) {
+        dst[i] = over<KeepAlpha>(row[at], dst[i]);
+        step(walk, at, rem);
+    }
+}
 
 uint32_t lerp_bytes(uint32_t cur, uint32_t next, uint32_t f) {
     const auto w = static_cast<int32_t>(f);
@@ -17,6 +39,22 @@ uint32_t lerp_bytes(uint32_t cur, uint32_t next, uint32_t f) {
 }
 
 }  // namespace
+
+void nearest_words(const uint32_t *row, const ColumnWalk &walk, uint32_t *out, int32_t n) {
+    nearest(row, walk, out, n);
+}
+
+void nearest_halfwords(const uint16_t *row, const ColumnWalk &walk, uint16_t *out, int32_t n) {
+    nearest(row, walk, out, n);
+}
+
+void nearest_over_rgb(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n) {
+    nearest_over<true>(row, walk, dst, n);
+}
+
+void nearest_over_rgba(const uint32_t *row, const ColumnWalk &walk, uint32_t *dst, int32_t n) {
+    nearest_over<false>(row, walk, dst, n);
+}
 
 void lerp_rows(const uint32_t *top, const uint32_t *bottom, uint32_t *out, int32_t n, uint32_t f) {
     // Byte by byte over the row: a loop of one operation the compiler can widen.

@@ -50,6 +50,8 @@ RowWriter::RowWriter(const xc_image *reads_as, xc_image *dst, uint32_t color)
     if (is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_16_to_rgb)) src_bytes_ = 2;
     if (is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_rgba_to_16)) dst_bytes_ = 2;
     stores_source_ = is(xc_copy_pixels_16_to_16) || is(xc_copy_pixels_rgba_to_rgba);
+    if (is(xc_blend_pixels_rgba_to_rgb)) over_ = Over::rgb;
+    if (is(xc_blend_pixels_rgba_to_rgba)) over_ = Over::rgba;
 }
 
 bool RowWriter::pixels_match(const xc_image *src) const {

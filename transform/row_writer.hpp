@@ -44,6 +44,12 @@ public:
     // plain copy between like pixels): a drawer may then write them itself.
     bool stores_source() const { return stores_source_; }
 
+    // Whether the span function blends 32-bit sources with alpha over
+    // 32-bit destinations, keeping their alpha (rgb) or blending it (rgba):
+    // a drawer may then blend its pixels itself.
+    enum class Over { none, rgb, rgba };
+    Over blends_over() const { return over_; }
+
 private:
     void held(const uint8_t *s, int64_t s_bytes, uint8_t *d, int64_t d_bytes, int64_t n) const;
 
@@ -52,6 +58,7 @@ private:
     uint32_t color_ = 0;
     int32_t src_bytes_ = 4, dst_bytes_ = 4;  // per pixel, as the span function moves them
     bool stores_source_ = false;
+    Over over_ = Over::none;
 };
 
 }  // namespace fbc

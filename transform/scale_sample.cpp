@@ -5,6 +5,7 @@
 
 #include "core/pixel_bounds.hpp"
 #include "fbcompose/transform.h"
+#include "pixel/scale_rows.hpp"
 #include "transform/drawer_guard.hpp"
 #include "transform/scale_common.hpp"
 
@@ -13,63 +14,78 @@ namespace {
 
 // Destination column x reads source column ((x - d.x1) x (sw - 1)) /
 // (dw - 1) + s.x1, so first and last columns meet exactly.
-std::unique_ptr<int32_t[]> column_map(const xg_area &clip, const xg_area &s, const xg_area &d) {
-    const int32_t n = width_of(clip);
-    auto map = std::make_unique<int32_t[]>(static_cast<size_t>(n));
-    const int64_t dwm = width_of(d) - 1;
-    const int64_t swm = width_of(s) - 1;
-    for (int32_t i = 0; i < n; ++i)
-        map[static_cast<size_t>(i)] =
-            dwm ? static_cast<int32_t>((int64_t{clip.x1 + i - d.x1} * swm) / dwm + s.x1) : s.x1;
-    return map;
+px::ColumnWalk column_walk(const xg_area &clip, const xg_area &s, const xg_area &d) {
+    return px::column_walk(int64_t{clip.x1} - d.x1, width_of(s) - 1, width_of(d) - 1, s.x1);
 }
 
-// Source row of destination row y: size over size, unlike the columns'
-// (size - 1) over (size - 1); compat: the asymmetry is kept.
-int32_t source_row(int32_t y, const xg_area &s, const xg_area &d) {
-    return s.y1 + static_cast<int32_t>((int64_t{height_of(s)} * (y - d.y1)) / height_of(d));
+// Source rows of destination rows from y: size over size, unlike the
+// columns' (size - 1) over (size - 1); compat: the asymmetry is kept.
+px::ColumnWalk row_walk(int32_t y, const xg_area &s, const xg_area &d) {
+    return px::column_walk(int64_t{y} - d.y1, height_of(s), height_of(d), s.y1);
 }
 
-template <typename Pixel>
-void gather(const uint8_t *row, const int32_t *map, int32_t n, void *out) {
-    const auto *pixels = reinterpret_cast<const Pixel *>(row);
-    auto *to = static_cast<Pixel *>(out);
-    for (int32_t i = 0; i < n; ++i) to[i] = pixels[map[i]];
+// The pick of `kernel`, or null where that is its reference.
+px::NearestOverFn fused(const px::Kernel<px::NearestOverFn> &kernel) {
+    const px::NearestOverFn pick = kernel.pick();
+    return pick == kernel.reference ? nullptr : pick;
 }
 
 // Nearest-pixel rows, the source's and the destination's addressed as
 // `kind` says; sources of depth below 17 are gathered as 16-bit pixels
 // when `halfwords`. Where the span function would only copy the gathered
-// row, the pixels are gathered straight into the destination row: each is
-// read once and written once.
+// row, or blend it over, the pixels go straight onto the destination row:
+// each is read once and written once.
 void sample(const DrawerGuard &guard, xc_image *dst, const xg_area &s, const xg_area &d,
             DrawerKind kind, bool halfwords) {
     const xc_image *from = guard.source();
     const xg_area &c = guard.clip();
     const RowWriter &out = guard.out();
     const int32_t n = width_of(c);
-    const auto map = column_map(c, s, d);
+    const px::ColumnWalk walk = column_walk(c, s, d);
     const bool narrow = halfwords && from->depth < 17;
-    const auto gather_row = narrow ? gather<uint16_t> : gather<uint32_t>;
+    static const px::NearestWordsFn words = px::kNearestWords.pick();
+    static const px::NearestHalfwordsFn halves = px::kNearestHalfwords.pick();
+    static const px::NearestOverFn over_rgb = fused(px::kNearestOverRgb);
+    static const px::NearestOverFn over_rgba = fused(px::kNearestOverRgba);
+    const auto gather = [&](const uint8_t *line, void *into) {
+        if (narrow)
+            halves(reinterpret_cast<const uint16_t *>(line), walk, static_cast<uint16_t *>(into),
+                   n);
+        else
+            words(reinterpret_cast<const uint32_t *>(line), walk, static_cast<uint32_t *>(into), n);
+    };
     // Rows of words may run past a destination of narrower pixels; pointer
     // rows lie in the image, and the guard checked their alignment.
-    const bool in_place = out.stores_source() && kind.dst_rows == Rows::pointer &&
-                          (narrow ? 2 : 4) == pointer_step(dst) && out.pixels_match(from);
-    const auto row = std::make_unique<uint32_t[]>(in_place ? 0 : static_cast<size_t>(n));
+    const bool on_image = kind.dst_rows == Rows::pointer && out.pixels_match(from);
+    const bool in_place = on_image && out.stores_source() && (narrow ? 2 : 4) == pointer_step(dst);
+    // Blends of 32-bit pixels take each sampled pixel straight onto the
+    // destination, read once, with the span function's arithmetic, where a
+    // variant does it: the plain loop loses to the gather and a vectorised
+    // span function.
+    const px::NearestOverFn blend = !on_image || narrow || pointer_step(dst) != 4 ? nullptr
+                                    : out.blends_over() == RowWriter::Over::rgb   ? over_rgb
+                                    : out.blends_over() == RowWriter::Over::rgba  ? over_rgba
+                                                                                  : nullptr;
+    const auto row = std::make_unique<uint32_t[]>(in_place || blend ? 0 : static_cast<size_t>(n));
     // compat: rows of words start at the first source row as
     // xc_image_pointer places it (through rowstride), `width` words apart.
     const auto *first_words = kind.src_rows == Rows::words
                                   ? static_cast<const uint8_t *>(xc_image_pointer(from, 0, s.y1))
                                   : nullptr;
-    for (int32_t y = c.y1; y < c.y2; ++y) {
-        const int32_t sy = source_row(y, s, d);
+    const px::ColumnWalk rows = row_walk(c.y1, s, d);
+    int32_t sy = rows.first;
+    uint32_t rem = rows.rem;
+    for (int32_t y = c.y1; y < c.y2; ++y, px::step(rows, sy, rem)) {
         const uint8_t *line = first_words ? first_words + int64_t{sy - s.y1} * from->width * 4
                                           : row_pixel(from, kind.src_rows, 0, sy);
         uint8_t *to = row_pixel(dst, kind.dst_rows, c.x1, y);
-        if (in_place) {
-            gather_row(line, map.get(), n, to);
+        if (blend) {
+            blend(reinterpret_cast<const uint32_t *>(line), walk, reinterpret_cast<uint32_t *>(to),
+                  n);
+        } else if (in_place) {
+            gather(line, to);
         } else {
-            gather_row(line, map.get(), n, row.get());
+            gather(line, row.get());
             out.draw(row.get(), nullptr, to, n);
         }
     }

@@ -13,6 +13,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -377,6 +378,65 @@ TEST(ScaleRows, EveryVariantEqualsTheReference) {
                 run(row.data(), taps.data(), got.data(), n);
                 EXPECT_EQ(got, want) << name << " n " << n;
             });
+        }
+}
+
+// Nearest rows enlarging, reducing, on one column and with remainders near
+// 2^31, from offset starts: every kernel reads the columns the division
+// names, from a row whose pixels are their own column numbers; blending
+// them over equals gathering them and then blending.
+TEST(ScaleRows, EveryNearestKernelReadsTheDividedColumns) {
+    test::Rng rng(13);
+    for (int32_t n = 0; n <= 70; ++n)
+        for (int trial = 0; trial < 4; ++trial) {
+            const int64_t wide = INT32_MAX - 1;
+            const int64_t den = trial == 3 ? wide : rng.between(0, 90);
+            const int64_t num = trial == 3 ? wide - rng.between(1, 3) : rng.between(0, 200);
+            const int64_t x0 = rng.between(0, 40);
+            const int32_t base = rng.between(0, 5);
+            const auto column = [&](int64_t i) { return den ? base + (x0 + i) * num / den : base; };
+            Buffer<uint32_t> words(size_t(column(n)) + 1), want(size_t(n) + 1, 7), got;
+            for (size_t k = 0; k < words.size(); ++k) words[k] = uint32_t(k);
+            for (int32_t i = 0; i < n; ++i) want[size_t(i)] = uint32_t(column(i));
+            const std::vector<uint16_t> halves(words.begin(), words.end());
+            const std::vector<uint16_t> want16(want.begin(), want.end());
+            const auto walk = fbc::px::column_walk(x0, num, den, base);
+            const auto check = [&](const char *name, auto run) {
+                got.assign(want.size(), 7);
+                run(words.data(), walk, got.data(), n);
+                EXPECT_EQ(got, want) << name << " n " << n << " " << num << "/" << den;
+            };
+            const auto check16 = [&](const char *name, auto run) {
+                std::vector<uint16_t> got16(want16.size(), 7);
+                run(halves.data(), walk, got16.data(), n);
+                EXPECT_EQ(got16, want16) << name << " n " << n << " " << num << "/" << den;
+            };
+            check("reference", fbc::px::kNearestWords.reference);
+            each_variant(fbc::px::kNearestWords, check);
+            check16("reference", fbc::px::kNearestHalfwords.reference);
+            each_variant(fbc::px::kNearestHalfwords, check16);
+            // Blending the sampled pixels over equals gathering them, then
+            // the span function: runs of clear, opaque and mixed artwork.
+            Buffer<uint32_t> art(words.size()), gathered(want.size()), under(want.size());
+            for (size_t k = 0; k < art.size(); ++k)
+                art[k] = k / 8 % 3 == 0   ? rng.word() & 0xFFFFFF
+                         : k / 8 % 3 == 1 ? rng.word() | 0xFF000000
+                                          : rng.color();
+            for (uint32_t &v : under) v = rng.word();
+            fbc::px::kNearestWords.reference(art.data(), walk, gathered.data(), n);
+            for (auto [kernel, span] :
+                 {std::pair{&fbc::px::kNearestOverRgb, &xc_blend_pixels_rgba_to_rgb},
+                  std::pair{&fbc::px::kNearestOverRgba, &xc_blend_pixels_rgba_to_rgba}}) {
+                want.assign(under.begin(), under.end());
+                span(gathered.data(), want.data(), n, 0);
+                const auto check_over = [&](const char *name, auto run) {
+                    got.assign(under.begin(), under.end());
+                    run(art.data(), walk, got.data(), n);
+                    EXPECT_EQ(got, want) << name << " over, n " << n << " " << num << "/" << den;
+                };
+                check_over("reference", kernel->reference);
+                each_variant(*kernel, check_over);
+            }
         }
 }
 
