@@ -475,7 +475,8 @@ int main(int argc, char **argv) {
             for (const Job &job : op.pixman) std::printf("\t%s", job.name.c_str());
             std::printf("\n");
         }
-        for (const Blit &b : kBlits) std::printf("%s\t%s\n", b.name, pixman_blit_job(b));
+        // A blit has no dithering job: its one pixman job goes in the jobs' column.
+        for (const Blit &b : kBlits) std::printf("%s\t-\t%s\n", b.name, pixman_blit_job(b));
         return 0;
     }
     if (argc != 5) return usage();
